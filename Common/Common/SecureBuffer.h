@@ -1,0 +1,75 @@
+#pragma once
+// Containers for key material: wiped when released, whatever the path.
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "platform/SecureMemory.h"
+
+namespace Zelmarik {
+
+// An allocator that wipes memory before giving it back. Only for trivially destructible types:
+// anything else would run its destructor on wiped bytes.
+template <typename T>
+    requires std::is_trivially_destructible_v<T>
+class WipingAllocator {
+public:
+    using value_type = T;
+    WipingAllocator() noexcept = default;
+    template <typename U>
+    WipingAllocator(const WipingAllocator<U>&) noexcept {}
+
+    T* allocate(std::size_t n) { return std::allocator<T>{}.allocate(n); }
+    void deallocate(T* p, std::size_t n) noexcept {
+        platform::SecureWipe(p, n * sizeof(T));
+        std::allocator<T>{}.deallocate(p, n);
+    }
+    template <typename U>
+    bool operator==(const WipingAllocator<U>&) const noexcept {
+        return true;
+    }
+};
+
+template <typename T>
+using SecureVector = std::vector<T, WipingAllocator<T>>;
+
+// A string whose heap buffer is wiped; its small-string buffer is wiped by the destructor too.
+class SecureU16String {
+public:
+    SecureU16String() = default;
+    explicit SecureU16String(std::u16string_view text) : text_(text) {}
+    SecureU16String(const SecureU16String&) = default;
+    SecureU16String& operator=(const SecureU16String&) = default;
+    SecureU16String(SecureU16String&& other) noexcept : text_(std::move(other.text_)) {
+        other.Clear();
+    }
+    SecureU16String& operator=(SecureU16String&& other) noexcept {
+        if (this != &other) {
+            Clear();
+            text_ = std::move(other.text_);
+            other.Clear();
+        }
+        return *this;
+    }
+    ~SecureU16String() { Clear(); }
+
+    const std::u16string_view View() const { return {text_.data(), text_.size()}; }
+    bool Empty() const { return text_.empty(); }
+    std::size_t Size() const { return text_.size(); }
+    void Assign(std::u16string_view text) {
+        Clear();
+        text_.assign(text.begin(), text.end());
+    }
+    void Clear() {
+        platform::SecureWipe(text_.data(), text_.capacity() * sizeof(char16_t));
+        text_.clear();
+    }
+
+private:
+    std::basic_string<char16_t, std::char_traits<char16_t>, WipingAllocator<char16_t>> text_;
+};
+
+}  // namespace Zelmarik

@@ -1,0 +1,24 @@
+# Warnings, static runtime for Windows, sanitizers: one interface target every library links.
+add_library(dcf_options INTERFACE)
+target_compile_options(dcf_options INTERFACE -Wall -Wextra)
+target_include_directories(dcf_options INTERFACE "${CMAKE_SOURCE_DIR}")
+
+if(WIN32)
+    # UNICODE Win32 API, no min/max macros, Windows 7 as the floor.
+    target_compile_definitions(dcf_options INTERFACE UNICODE _UNICODE NOMINMAX
+                                                     WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
+    target_link_options(dcf_options INTERFACE -static -static-libgcc -static-libstdc++)
+endif()
+
+if(DCF_SANITIZE)
+    target_compile_options(dcf_options INTERFACE -fsanitize=${DCF_SANITIZE} -fno-omit-frame-pointer
+                                                 -fno-sanitize-recover=all)
+    target_link_options(dcf_options INTERFACE -fsanitize=${DCF_SANITIZE})
+endif()
+
+# dcf_library(NAME SOURCES... DEPENDS deps...): one static library per subsystem folder.
+function(dcf_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC dcf_options ${ARG_DEPENDS})
+endfunction()

@@ -1,0 +1,13 @@
+#pragma once
+// Memory that holds keys: a wipe the compiler cannot drop, and pinning against paging.
+
+#include <cstddef>
+
+namespace platform {
+
+void SecureWipe(void* data, std::size_t size);
+// Pins pages in memory; false when the system refuses (tolerated by callers).
+bool LockMemory(void* data, std::size_t size);
+void UnlockMemory(void* data, std::size_t size);
+
+}  // namespace platform

@@ -1,0 +1,14 @@
+#pragma once
+// UTF-16 <-> UTF-8 conversion. The portable code keeps text as UTF-16 everywhere; these run at
+// the platform boundary. Malformed input never fails: an unpaired surrogate or a bad UTF-8
+// sequence becomes U+FFFD.
+
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+std::string Utf16ToUtf8(std::u16string_view text);
+std::u16string Utf8ToUtf16(std::string_view text);
+
+}  // namespace platform

@@ -1,0 +1,75 @@
+#include "Common/Common/Exception.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr const char* kTaggerSource = "Shared\\Tagger\\tagger";
+
+TEST(Exception, PlainTextCarriesTheLocationBehindTheLastSeparator) {
+    const Zelmarik::Exception plain(kTaggerSource, 317);
+    EXPECT_STREQ(plain.what(), "Exception (tagger [317])");
+    EXPECT_EQ(plain.PlainText, "Exception");
+    EXPECT_EQ(plain.File, kTaggerSource);
+    EXPECT_EQ(plain.Line, 317);
+
+    const Zelmarik::Exception formatted("src/a/b.cpp", 12, "bad %s %d", "value", 7);
+    EXPECT_STREQ(formatted.what(), "bad value 7 (b.cpp [12])");
+    EXPECT_EQ(formatted.PlainText, "bad value 7");
+
+    const Zelmarik::Exception bare("noseparator", -1, "x");
+    EXPECT_STREQ(bare.what(), "x (noseparator [-1])");
+}
+
+TEST(Exception, EmptyFormatGivesInvalidArguments) {
+    const Zelmarik::Exception empty("f", 1, "%s", "");
+    EXPECT_EQ(empty.PlainText, "Invalid arguments");
+    const Zelmarik::Exception null_format("f", 1, nullptr);
+    EXPECT_EQ(null_format.PlainText, "Invalid arguments");
+}
+
+TEST(Exception, XmlExceptionPutsItsMarkInFront) {
+    const Zelmarik::XMLException error("Common\\DataCategory\\CategoryContainer", 889,
+                                       "Missing category id");
+    EXPECT_STREQ(error.what(), "Invalid XML\nMissing category id (CategoryContainer [889])");
+}
+
+TEST(SystemException, DescribesTheErrorWithoutTheFullStop) {
+    const Zelmarik::SystemException denied(kTaggerSource, 317, 5);
+    EXPECT_STREQ(denied.what(), "Error code: 5 (Access is denied) (tagger [317])");
+    EXPECT_EQ(denied.PlainText, "Error code: 5 (Access is denied)");
+    EXPECT_EQ(denied.HResult, static_cast<std::int32_t>(0x80070005u));
+
+    const Zelmarik::SystemException unknown(kTaggerSource, 317, 9999);
+    EXPECT_STREQ(unknown.what(), "Error code: 9999 (tagger [317])");
+
+    const Zelmarik::SystemException zero(kTaggerSource, 1, 0);
+    EXPECT_EQ(zero.HResult, 0);
+    EXPECT_EQ(Zelmarik::HResultFromError(-5), -5);
+    EXPECT_EQ(Zelmarik::HResultFromError(0x12345), static_cast<std::int32_t>(0x80072345u));
+}
+
+TEST(SystemException, CopiesEveryField) {
+    const Zelmarik::SystemException original("a\\b", 3, 2);
+    const Zelmarik::SystemException copy = original;
+    EXPECT_EQ(copy.Text, original.Text);
+    EXPECT_EQ(copy.PlainText, original.PlainText);
+    EXPECT_EQ(copy.File, original.File);
+    EXPECT_EQ(copy.Line, 3);
+    EXPECT_EQ(copy.ErrorCode, 2);
+    EXPECT_EQ(copy.HResult, original.HResult);
+}
+
+TEST(Exception, CarriesThisThreadsTraceInListOrder) {
+    ASSERT_FALSE(Zelmarik::StackTraceDisabled);
+    {
+        Zelmarik::ScopeTraceFrame outer("outer");
+        Zelmarik::ScopeTraceFrame inner("inner");
+        const Zelmarik::Exception traced("f", 2, "m");
+        EXPECT_EQ(traced.Text, "m (f [2])\r\nStackTrace:\r\ninner\r\nouter");
+    }
+    EXPECT_EQ(Zelmarik::ScopeTrace(), nullptr);
+    EXPECT_STREQ(Zelmarik::Exception("f", 2, "m").what(), "m (f [2])");
+}
+
+}  // namespace

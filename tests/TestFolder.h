@@ -1,0 +1,40 @@
+#pragma once
+// A fresh folder for one test, removed with everything in it at the end.
+
+#include <filesystem>
+#include <random>
+#include <string>
+
+#include "platform/File.h"
+
+namespace tests {
+
+class TestFolder {
+public:
+    TestFolder() {
+        std::random_device seed;
+        root_ = std::filesystem::temp_directory_path() /
+                ("dcf-test-" + std::to_string(seed()) + "-" + std::to_string(seed()));
+        std::filesystem::create_directories(root_);
+    }
+    ~TestFolder() {
+        std::error_code ignored;
+        std::filesystem::permissions(root_, std::filesystem::perms::owner_all,
+                                     std::filesystem::perm_options::add, ignored);
+        std::filesystem::remove_all(root_, ignored);
+    }
+    TestFolder(const TestFolder&) = delete;
+    TestFolder& operator=(const TestFolder&) = delete;
+
+    // The folder in the platform's native form, without a final separator.
+    std::u16string Root() const { return root_.u16string(); }
+    std::u16string Path(const std::u16string& name) const {
+        return Root() + platform::kPathSeparator + name;
+    }
+    const std::filesystem::path& Native() const { return root_; }
+
+private:
+    std::filesystem::path root_;
+};
+
+}  // namespace tests

@@ -1,0 +1,1 @@
+# Key objects, key files, RSA and key generation: list(APPEND CRYPTO_SOURCES ...).

@@ -1,0 +1,1 @@
+# Ciphers, hashes, suites and the chunk chain: list(APPEND CRYPTO_SOURCES ...).

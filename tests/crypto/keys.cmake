@@ -1,0 +1,1 @@
+# crypto_keys_tests: dcf_test(...)

@@ -1,0 +1,1 @@
+# crypto_primitives_tests: dcf_test(...)

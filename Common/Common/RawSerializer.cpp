@@ -140,7 +140,7 @@ CRawReader::CRawReader(std::span<const std::uint8_t> data)
       cursor_(data.data()),
       remaining_(static_cast<std::int64_t>(data.size())) {}
 
-const std::uint8_t* CRawReader::Take(std::size_t size) {
+const std::uint8_t* CRawReader::Take(std::uint64_t size) {
     remaining_ -= static_cast<std::int64_t>(size);
     if (failed_ || cursor_ == nullptr || remaining_ < 0) {
         failed_ = true;
@@ -213,7 +213,7 @@ bool CRawReader::ReadString(std::u16string& value) {
     }
     // The whole string is accounted for before a single character is touched, so a hostile
     // length fails here without an allocation of its size.
-    const std::size_t bytes = 2 * static_cast<std::size_t>(length) + 2;
+    const std::uint64_t bytes = 2 * static_cast<std::uint64_t>(length) + 2;
     const std::uint8_t* at = Take(bytes);
     if (at == nullptr) {
         return false;

@@ -96,7 +96,8 @@ public:
 
 private:
     // Subtracts `size` from the remaining bytes first, then checks; on success gives the bytes.
-    const std::uint8_t* Take(std::size_t size);
+    // 64 bits wide so that a string length cannot wrap on a 32-bit build.
+    const std::uint8_t* Take(std::uint64_t size);
 
     const std::uint8_t* base_;
     const std::uint8_t* cursor_;

@@ -52,17 +52,19 @@ private:
     std::intptr_t handle_ = -1;
 };
 
+// (The names differ from the Win32 ones, which windows.h turns into macros.)
+
 // Size of a file; false when it can't be opened or sized.
 bool QueryFileSize(const std::u16string& path, std::uint64_t& size);
 bool PathExists(const std::u16string& path);
 bool IsDirectory(const std::u16string& path);
-ErrorCode DeleteFile(const std::u16string& path);
+ErrorCode RemoveFile(const std::u16string& path);
 // Moves within one volume; fails with kErrorAlreadyExists when `to` exists.
-ErrorCode MoveFile(const std::u16string& from, const std::u16string& to);
+ErrorCode MoveFileNoReplace(const std::u16string& from, const std::u16string& to);
 // Copies `from` over `to`, replacing it.
-ErrorCode CopyFile(const std::u16string& from, const std::u16string& to);
+ErrorCode CopyFileReplacing(const std::u16string& from, const std::u16string& to);
 // Creates one folder; kErrorAlreadyExists when something of that name is there.
-ErrorCode CreateDirectory(const std::u16string& path);
+ErrorCode MakeDirectory(const std::u16string& path);
 // Creates a new empty file with a unique name "<prefix>XXXX.tmp" in `folder` and gives its path.
 ErrorCode CreateTempFile(const std::u16string& folder, const std::u16string& prefix,
                          std::u16string& path);

@@ -192,7 +192,7 @@ bool IsDirectory(const std::u16string& path) {
     return ::stat(Native(path).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-ErrorCode DeleteFile(const std::u16string& path) {
+ErrorCode RemoveFile(const std::u16string& path) {
     const std::string native = Native(path);
     struct stat info {};
     if (::lstat(native.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
@@ -201,7 +201,7 @@ ErrorCode DeleteFile(const std::u16string& path) {
     return ::unlink(native.c_str()) == 0 ? kErrorSuccess : PathError(native);
 }
 
-ErrorCode MoveFile(const std::u16string& from, const std::u16string& to) {
+ErrorCode MoveFileNoReplace(const std::u16string& from, const std::u16string& to) {
     // Windows MoveFile never replaces; link + unlink gives the same guarantee atomically
     // where hard links work, and a checked rename elsewhere.
     const std::string source = Native(from);
@@ -219,7 +219,7 @@ ErrorCode MoveFile(const std::u16string& from, const std::u16string& to) {
     return ::rename(source.c_str(), target.c_str()) == 0 ? kErrorSuccess : posix::LastError();
 }
 
-ErrorCode CopyFile(const std::u16string& from, const std::u16string& to) {
+ErrorCode CopyFileReplacing(const std::u16string& from, const std::u16string& to) {
     File source;
     if (const ErrorCode error = source.Open(from, OpenMode::Read); error != kErrorSuccess) {
         return error;
@@ -243,7 +243,7 @@ ErrorCode CopyFile(const std::u16string& from, const std::u16string& to) {
     }
 }
 
-ErrorCode CreateDirectory(const std::u16string& path) {
+ErrorCode MakeDirectory(const std::u16string& path) {
     const std::string native = Native(path);
     return ::mkdir(native.c_str(), 0777) == 0 ? kErrorSuccess : PathError(native);
 }

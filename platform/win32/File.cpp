@@ -166,19 +166,19 @@ bool IsDirectory(const std::u16string& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-ErrorCode DeleteFile(const std::u16string& path) {
+ErrorCode RemoveFile(const std::u16string& path) {
     return ::DeleteFileW(Wide(path)) ? kErrorSuccess : ::GetLastError();
 }
 
-ErrorCode MoveFile(const std::u16string& from, const std::u16string& to) {
+ErrorCode MoveFileNoReplace(const std::u16string& from, const std::u16string& to) {
     return ::MoveFileW(Wide(from), Wide(to)) ? kErrorSuccess : ::GetLastError();
 }
 
-ErrorCode CopyFile(const std::u16string& from, const std::u16string& to) {
+ErrorCode CopyFileReplacing(const std::u16string& from, const std::u16string& to) {
     return ::CopyFileW(Wide(from), Wide(to), FALSE) ? kErrorSuccess : ::GetLastError();
 }
 
-ErrorCode CreateDirectory(const std::u16string& path) {
+ErrorCode MakeDirectory(const std::u16string& path) {
     return ::CreateDirectoryW(Wide(path), nullptr) ? kErrorSuccess : ::GetLastError();
 }
 

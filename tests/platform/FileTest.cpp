@@ -85,25 +85,25 @@ TEST(PlatformFile, MoveNeverReplacesAndCopyDoes) {
     WriteText(a, "alpha", OpenMode::CreateAlways);
     WriteText(b, "beta", OpenMode::CreateAlways);
 
-    EXPECT_NE(platform::MoveFile(a, b), platform::kErrorSuccess);
+    EXPECT_NE(platform::MoveFileNoReplace(a, b), platform::kErrorSuccess);
     EXPECT_EQ(ReadAll(b), std::vector<unsigned char>({'b', 'e', 't', 'a'}));
-    EXPECT_EQ(platform::MoveFile(a, c), platform::kErrorSuccess);
+    EXPECT_EQ(platform::MoveFileNoReplace(a, c), platform::kErrorSuccess);
     EXPECT_FALSE(platform::PathExists(a));
-    EXPECT_EQ(platform::CopyFile(c, b), platform::kErrorSuccess);
+    EXPECT_EQ(platform::CopyFileReplacing(c, b), platform::kErrorSuccess);
     EXPECT_EQ(ReadAll(b), ReadAll(c));
-    EXPECT_EQ(platform::CopyFile(folder.Path(u"missing"), a), platform::kErrorFileNotFound);
+    EXPECT_EQ(platform::CopyFileReplacing(folder.Path(u"missing"), a), platform::kErrorFileNotFound);
 
-    EXPECT_EQ(platform::DeleteFile(c), platform::kErrorSuccess);
-    EXPECT_EQ(platform::DeleteFile(c), platform::kErrorFileNotFound);
+    EXPECT_EQ(platform::RemoveFile(c), platform::kErrorSuccess);
+    EXPECT_EQ(platform::RemoveFile(c), platform::kErrorFileNotFound);
 }
 
 TEST(PlatformFile, DirectoriesAndSizes) {
     tests::TestFolder folder;
     const std::u16string sub = folder.Path(u"sub");
-    EXPECT_EQ(platform::CreateDirectory(sub), platform::kErrorSuccess);
-    EXPECT_EQ(platform::CreateDirectory(sub), platform::kErrorAlreadyExists);
+    EXPECT_EQ(platform::MakeDirectory(sub), platform::kErrorSuccess);
+    EXPECT_EQ(platform::MakeDirectory(sub), platform::kErrorAlreadyExists);
     EXPECT_TRUE(platform::IsDirectory(sub));
-    EXPECT_EQ(platform::CreateDirectory(folder.Path(u"no") + platform::kPathSeparator + u"x"),
+    EXPECT_EQ(platform::MakeDirectory(folder.Path(u"no") + platform::kPathSeparator + u"x"),
               platform::kErrorPathNotFound);
 
     std::uint64_t size = 99;

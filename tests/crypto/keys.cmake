@@ -1,1 +1,3 @@
-# crypto_keys_tests: dcf_test(...)
+dcf_test(crypto_keys_tests
+    SOURCES SecurityKeyTest.cpp
+    DEPENDS crypto)

@@ -1,0 +1,233 @@
+#include "crypto/SecurityKey.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+namespace {
+
+using Zelmarik::DCCBitlockerKey;
+using Zelmarik::DCCPrivateKey;
+using Zelmarik::DCCSecurityKey;
+using Zelmarik::DeserializeFromBlob;
+using Zelmarik::SerializeToBlob;
+using Bytes = std::vector<std::uint8_t>;
+
+// A key with every part present and distinct values everywhere.
+DCCSecurityKey FullKey() {
+    DCCSecurityKey key;
+    key.Id = 0x1122334455667788ull;
+    key.Name = u"Schl\u00fcssel";
+    key.Text2 = u"two";
+    key.Text3 = u"three";
+    key.ValidityYears = 3;
+    key.Created = {2024, 5, 2, 17, 9, 30, 0, 0};
+    key.Expires = {2027, 5, 2, 17, 9, 30, 0, 0};
+    key.SetPublicKeyText(std::string(DCCSecurityKey::kPublicKeyDigits, 'a'));
+    key.PrivateKey = std::make_unique<DCCPrivateKey>();
+    for (std::size_t n = 0; n < DCCPrivateKey::kNumberCount; ++n) {
+        for (std::size_t w = 0; w < DCCPrivateKey::kNumberWords; ++w) {
+            key.PrivateKey->Numbers[n][w] = static_cast<std::uint32_t>(n * 1000 + w + 1);
+        }
+    }
+    key.BitlockerKey = std::make_unique<DCCBitlockerKey>();
+    key.BitlockerKey->Data.fill(0x5A);
+    key.Flags = Zelmarik::KeyHasPublic | Zelmarik::KeyHasPrivate | Zelmarik::KeyHasBitlocker;
+    return key;
+}
+
+Bytes ToBytes(const DCCSecurityKey& key) {
+    const Zelmarik::Blob blob = SerializeToBlob(key);
+    return Bytes(blob.Data(), blob.Data() + blob.Size());
+}
+
+void ExpectSameKey(const DCCSecurityKey& a, const DCCSecurityKey& b) {
+    EXPECT_EQ(a.Id, b.Id);
+    EXPECT_EQ(a.Flags, b.Flags);
+    EXPECT_EQ(a.Name, b.Name);
+    EXPECT_EQ(a.Text2, b.Text2);
+    EXPECT_EQ(a.Text3, b.Text3);
+    EXPECT_EQ(a.ValidityYears, b.ValidityYears);
+    EXPECT_EQ(a.Created, b.Created);
+    EXPECT_EQ(a.Expires, b.Expires);
+    ASSERT_EQ(a.PublicKeyText != nullptr, b.PublicKeyText != nullptr);
+    if (a.PublicKeyText) {
+        EXPECT_EQ(0, std::memcmp(a.PublicKeyText.get(), b.PublicKeyText.get(),
+                                 DCCSecurityKey::kPublicKeyBlockSize));
+    }
+    ASSERT_EQ(a.PrivateKey != nullptr, b.PrivateKey != nullptr);
+    if (a.PrivateKey) {
+        EXPECT_EQ(a.PrivateKey->Numbers, b.PrivateKey->Numbers);
+    }
+    ASSERT_EQ(a.BitlockerKey != nullptr, b.BitlockerKey != nullptr);
+    if (a.BitlockerKey) {
+        EXPECT_EQ(a.BitlockerKey->Data, b.BitlockerKey->Data);
+    }
+}
+
+TEST(SecurityKeyBlob, DefaultKeyLayout) {
+    const Bytes bytes = ToBytes(DCCSecurityKey{});
+    const Bytes expected = {// length field
+                            0x48, 0, 0, 0,
+                            // Id
+                            0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+                            // Name: length, terminator
+                            0, 0, 0, 0, 0, 0,
+                            // Flags
+                            0, 0, 0, 0,
+                            // no private key, no BitLocker key
+                            0, 0,
+                            // Text2, Text3
+                            0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                            // ValidityYears
+                            0xFF, 0xFF, 0xFF, 0xFF,
+                            // Created, Expires
+                            0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                            0, 0, 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(bytes, expected);
+}
+
+TEST(SecurityKeyBlob, FullKeyRoundTripsWithItsSize) {
+    const DCCSecurityKey key = FullKey();
+    const Bytes bytes = ToBytes(key);
+    // 4 + 8 + name + 4 + public + 1 + private + 1 + BitLocker + texts + 4 + 32
+    const std::size_t nameBytes = 4 + 2 * key.Name.size() + 2;
+    EXPECT_EQ(bytes.size(), 4 + 8 + nameBytes + 4 + 1024 + 1 + 1280 + 1 + 32 + (4 + 6 + 2) +
+                                (4 + 10 + 2) + 4 + 32);
+    // The first prime's lowest word sits right behind the private flag, little-endian.
+    const std::size_t privateAt = 4 + 8 + nameBytes + 4 + 1024;
+    EXPECT_EQ(bytes[privateAt], 1);
+    EXPECT_EQ(bytes[privateAt + 1], 1);
+    EXPECT_EQ(bytes[privateAt + 2], 0);
+
+    DCCSecurityKey read;
+    ASSERT_TRUE(DeserializeFromBlob(bytes, read));
+    ExpectSameKey(key, read);
+    EXPECT_EQ(ToBytes(read), bytes);
+}
+
+TEST(SecurityKeyBlob, PublicBlockFollowsFlagNotPointer) {
+    DCCSecurityKey key;
+    key.SetPublicKeyText("0123456789abcdef");
+    DCCSecurityKey read;
+    ASSERT_TRUE(DeserializeFromBlob(ToBytes(key), read));
+    ASSERT_NE(read.PublicKeyText, nullptr);
+    EXPECT_STREQ(read.PublicKeyText.get(), "0123456789abcdef");
+    EXPECT_EQ(read.PublicKeyText[DCCSecurityKey::kPublicKeyDigits], '\0');
+
+    // A flag claiming a public key over data without one misreads the rest and fails.
+    DCCSecurityKey liar;
+    liar.Flags = Zelmarik::KeyHasPublic;
+    EXPECT_FALSE(DeserializeFromBlob(ToBytes(liar), read));
+}
+
+TEST(SecurityKeyCopy, OwnedBlocksAreIndependent) {
+    DCCSecurityKey source = FullKey();
+    DCCSecurityKey copy;
+    copy = source;
+    ExpectSameKey(source, copy);
+    EXPECT_NE(copy.PublicKeyText.get(), source.PublicKeyText.get());
+    EXPECT_NE(copy.PrivateKey.get(), source.PrivateKey.get());
+    EXPECT_NE(copy.BitlockerKey.get(), source.BitlockerKey.get());
+
+    copy.PublicKeyText[0] = 'F';
+    copy.PrivateKey->Numbers[1][7] = 0;
+    copy.BitlockerKey->Data[3] = 0;
+    EXPECT_EQ(source.PublicKeyText[0], 'a');
+    EXPECT_EQ(source.PrivateKey->Numbers[1][7], 1008u);
+    EXPECT_EQ(source.BitlockerKey->Data[3], 0x5A);
+
+    const DCCSecurityKey constructed(source);
+    ExpectSameKey(source, constructed);
+    EXPECT_NE(constructed.PrivateKey.get(), source.PrivateKey.get());
+}
+
+TEST(SecurityKeyCopy, ObjectsFollowTheFlags) {
+    DCCSecurityKey source = FullKey();
+    source.Flags = Zelmarik::KeyHasPrivate;  // public and BitLocker parts not in force
+    DCCSecurityKey target = FullKey();
+    target = source;
+    EXPECT_EQ(target.PublicKeyText, nullptr);
+    EXPECT_EQ(target.BitlockerKey, nullptr);
+    ASSERT_NE(target.PrivateKey, nullptr);
+    EXPECT_EQ(target.PrivateKey->Numbers, source.PrivateKey->Numbers);
+
+    target = target;  // self-assignment keeps everything
+    ASSERT_NE(target.PrivateKey, nullptr);
+    EXPECT_EQ(target.PrivateKey->Numbers, source.PrivateKey->Numbers);
+}
+
+TEST(SecurityKeyDeserialize, PrivateFlagZeroDropsExistingPrivateKey) {
+    DCCSecurityKey target;
+    target.PrivateKey = std::make_unique<DCCPrivateKey>();
+    target.BitlockerKey = std::make_unique<DCCBitlockerKey>();
+    ASSERT_TRUE(DeserializeFromBlob(ToBytes(DCCSecurityKey{}), target));
+    EXPECT_EQ(target.PrivateKey, nullptr);
+    EXPECT_EQ(target.BitlockerKey, nullptr);
+}
+
+// Feeds `bytes` cut to `size` straight to Deserialize, as a blob cut short would.
+bool DeserializeCut(const Bytes& bytes, std::size_t size, DCCSecurityKey& target) {
+    Zelmarik::CRawReader reader(std::span<const std::uint8_t>(bytes.data() + 4, size - 4));
+    return target.Deserialize(reader);
+}
+
+TEST(SecurityKeyDeserialize, TruncatedPrivateKeyKeepsOnlyAnExistingObject) {
+    const DCCSecurityKey source = FullKey();
+    const Bytes bytes = ToBytes(source);
+    const std::size_t privateAt = 4 + 8 + 4 + 2 * source.Name.size() + 2 + 4 + 1024;
+    const std::size_t cut = privateAt + 1 + 600;  // inside the private numbers
+
+    DCCSecurityKey fresh;
+    EXPECT_FALSE(DeserializeCut(bytes, cut, fresh));
+    EXPECT_EQ(fresh.PrivateKey, nullptr);
+    EXPECT_EQ(fresh.BitlockerKey, nullptr);
+
+    DCCSecurityKey existing;
+    existing.PrivateKey = std::make_unique<DCCPrivateKey>();
+    const DCCPrivateKey* before = existing.PrivateKey.get();
+    EXPECT_FALSE(DeserializeCut(bytes, cut, existing));
+    EXPECT_EQ(existing.PrivateKey.get(), before);
+    // Its first two numbers came in whole before the data ran out.
+    EXPECT_EQ(existing.PrivateKey->Numbers[1], source.PrivateKey->Numbers[1]);
+
+    // Cut at the private flag itself: even an existing object goes.
+    DCCSecurityKey atFlag;
+    atFlag.PrivateKey = std::make_unique<DCCPrivateKey>();
+    EXPECT_FALSE(DeserializeCut(bytes, privateAt, atFlag));
+    EXPECT_EQ(atFlag.PrivateKey, nullptr);
+}
+
+TEST(SecurityKeyDeserialize, DamagedPresenceByteFails) {
+    DCCSecurityKey source;
+    Bytes bytes = ToBytes(source);
+    bytes[4 + 8 + 6 + 4] = 2;  // private flag
+    DCCSecurityKey target;
+    EXPECT_FALSE(DeserializeFromBlob(bytes, target));
+    EXPECT_EQ(target.PrivateKey, nullptr);
+}
+
+TEST(SecurityKeyDeserialize, FailureBeforeFlagsStopsAtOnce) {
+    Bytes bytes = ToBytes(FullKey());
+    DCCSecurityKey target;
+    target.PrivateKey = std::make_unique<DCCPrivateKey>();
+    EXPECT_FALSE(DeserializeCut(bytes, 4 + 10, target));
+    EXPECT_NE(target.PrivateKey, nullptr);  // untouched: nothing past the header was looked at
+}
+
+TEST(PrivateKeyNumbers, HasAllNumbersNeedsEveryNumberNonZero) {
+    DCCPrivateKey key;
+    EXPECT_FALSE(key.HasAllNumbers());
+    for (auto& number : key.Numbers) {
+        number[63] = 1;
+    }
+    EXPECT_TRUE(key.HasAllNumbers());
+    for (std::size_t zeroed = 0; zeroed < DCCPrivateKey::kNumberCount; ++zeroed) {
+        DCCPrivateKey copy = key;
+        copy.Numbers[zeroed].fill(0);
+        EXPECT_FALSE(copy.HasAllNumbers()) << "number " << zeroed;
+    }
+}
+
+}  // namespace

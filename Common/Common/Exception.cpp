@@ -52,7 +52,9 @@ ScopeTraceFrame::ScopeTraceFrame(std::string text) {
     ScopeTrace() = &node_;
 }
 
-ScopeTraceFrame::~ScopeTraceFrame() { ScopeTrace() = node_.Next; }
+ScopeTraceFrame::~ScopeTraceFrame() {
+    ScopeTrace() = node_.Next;
+}
 
 std::string FormatMessageText(const char* format, va_list args) {
     if (format == nullptr) {

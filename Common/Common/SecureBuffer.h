@@ -14,7 +14,7 @@ namespace Zelmarik {
 // An allocator that wipes memory before giving it back. Only for trivially destructible types:
 // anything else would run its destructor on wiped bytes.
 template <typename T>
-    requires std::is_trivially_destructible_v<T>
+requires std::is_trivially_destructible_v<T>
 class WipingAllocator {
 public:
     using value_type = T;

@@ -22,7 +22,11 @@ void WriteAll(int fd, std::string_view text) {
 
 }  // namespace
 
-void WriteStandardOutput(std::string_view text) { WriteAll(STDOUT_FILENO, text); }
-void WriteStandardError(std::string_view text) { WriteAll(STDERR_FILENO, text); }
+void WriteStandardOutput(std::string_view text) {
+    WriteAll(STDOUT_FILENO, text);
+}
+void WriteStandardError(std::string_view text) {
+    WriteAll(STDERR_FILENO, text);
+}
 
 }  // namespace platform

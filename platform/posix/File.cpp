@@ -14,7 +14,9 @@
 namespace platform {
 namespace {
 
-std::string Native(const std::u16string& path) { return Utf16ToUtf8(path); }
+std::string Native(const std::u16string& path) {
+    return Utf16ToUtf8(path);
+}
 
 // Windows tells a missing file (2) from a missing folder on the way to it (3).
 ErrorCode MissingPathError(const std::string& native) {
@@ -25,7 +27,7 @@ ErrorCode MissingPathError(const std::string& native) {
     struct stat info {};
     const std::string parent = native.substr(0, slash);
     return ::stat(parent.c_str(), &info) == 0 && S_ISDIR(info.st_mode) ? kErrorFileNotFound
-                                                                      : kErrorPathNotFound;
+                                                                       : kErrorPathNotFound;
 }
 
 // errno after a failed call on `native`, mapped.
@@ -34,7 +36,9 @@ ErrorCode PathError(const std::string& native) {
     return error == ENOENT ? MissingPathError(native) : posix::FromErrno(error);
 }
 
-int Fd(std::intptr_t handle) { return static_cast<int>(handle); }
+int Fd(std::intptr_t handle) {
+    return static_cast<int>(handle);
+}
 
 // Retries a call interrupted by a signal.
 template <typename Call>
@@ -48,9 +52,13 @@ auto Retry(Call call) {
 
 }  // namespace
 
-File::~File() { Close(); }
+File::~File() {
+    Close();
+}
 
-File::File(File&& other) noexcept : handle_(other.handle_) { other.handle_ = -1; }
+File::File(File&& other) noexcept : handle_(other.handle_) {
+    other.handle_ = -1;
+}
 
 File& File::operator=(File&& other) noexcept {
     if (this != &other) {
@@ -65,11 +73,21 @@ ErrorCode File::Open(const std::u16string& path, OpenMode mode) {
     Close();
     int flags = O_CLOEXEC;
     switch (mode) {
-        case OpenMode::Read: flags |= O_RDONLY; break;
-        case OpenMode::ReadWrite: flags |= O_RDWR; break;
-        case OpenMode::CreateAlways: flags |= O_WRONLY | O_CREAT | O_TRUNC; break;
-        case OpenMode::CreateNew: flags |= O_WRONLY | O_CREAT | O_EXCL; break;
-        case OpenMode::Append: flags |= O_WRONLY | O_CREAT | O_APPEND; break;
+        case OpenMode::Read:
+            flags |= O_RDONLY;
+            break;
+        case OpenMode::ReadWrite:
+            flags |= O_RDWR;
+            break;
+        case OpenMode::CreateAlways:
+            flags |= O_WRONLY | O_CREAT | O_TRUNC;
+            break;
+        case OpenMode::CreateNew:
+            flags |= O_WRONLY | O_CREAT | O_EXCL;
+            break;
+        case OpenMode::Append:
+            flags |= O_WRONLY | O_CREAT | O_APPEND;
+            break;
     }
     const std::string native = Native(path);
     const int fd = Retry([&] { return ::open(native.c_str(), flags, 0666); });
@@ -92,7 +110,9 @@ void File::Close() {
     }
 }
 
-bool File::IsOpen() const { return handle_ >= 0; }
+bool File::IsOpen() const {
+    return handle_ >= 0;
+}
 
 ErrorCode File::Read(void* buffer, std::size_t size, std::size_t& got) {
     got = 0;

@@ -21,7 +21,11 @@ void WriteAll(DWORD which, std::string_view text) {
 
 }  // namespace
 
-void WriteStandardOutput(std::string_view text) { WriteAll(STD_OUTPUT_HANDLE, text); }
-void WriteStandardError(std::string_view text) { WriteAll(STD_ERROR_HANDLE, text); }
+void WriteStandardOutput(std::string_view text) {
+    WriteAll(STD_OUTPUT_HANDLE, text);
+}
+void WriteStandardError(std::string_view text) {
+    WriteAll(STD_ERROR_HANDLE, text);
+}
 
 }  // namespace platform

@@ -12,13 +12,19 @@ const wchar_t* Wide(const std::u16string& path) {
     return reinterpret_cast<const wchar_t*>(path.c_str());
 }
 
-HANDLE Handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+HANDLE Handle(std::intptr_t handle) {
+    return reinterpret_cast<HANDLE>(handle);
+}
 
 }  // namespace
 
-File::~File() { Close(); }
+File::~File() {
+    Close();
+}
 
-File::File(File&& other) noexcept : handle_(other.handle_) { other.handle_ = -1; }
+File::File(File&& other) noexcept : handle_(other.handle_) {
+    other.handle_ = -1;
+}
 
 File& File::operator=(File&& other) noexcept {
     if (this != &other) {
@@ -35,14 +41,24 @@ ErrorCode File::Open(const std::u16string& path, OpenMode mode) {
     DWORD disposition = OPEN_EXISTING;
     DWORD share = FILE_SHARE_READ;
     switch (mode) {
-        case OpenMode::Read: share = FILE_SHARE_READ | FILE_SHARE_WRITE; break;
-        case OpenMode::ReadWrite: access = GENERIC_READ | GENERIC_WRITE; break;
-        case OpenMode::CreateAlways: access = GENERIC_WRITE, disposition = CREATE_ALWAYS; break;
-        case OpenMode::CreateNew: access = GENERIC_WRITE, disposition = CREATE_NEW; break;
-        case OpenMode::Append: access = FILE_APPEND_DATA, disposition = OPEN_ALWAYS; break;
+        case OpenMode::Read:
+            share = FILE_SHARE_READ | FILE_SHARE_WRITE;
+            break;
+        case OpenMode::ReadWrite:
+            access = GENERIC_READ | GENERIC_WRITE;
+            break;
+        case OpenMode::CreateAlways:
+            access = GENERIC_WRITE, disposition = CREATE_ALWAYS;
+            break;
+        case OpenMode::CreateNew:
+            access = GENERIC_WRITE, disposition = CREATE_NEW;
+            break;
+        case OpenMode::Append:
+            access = FILE_APPEND_DATA, disposition = OPEN_ALWAYS;
+            break;
     }
-    HANDLE h = ::CreateFileW(Wide(path), access, share, nullptr, disposition,
-                             FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE h = ::CreateFileW(Wide(path), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
+                             nullptr);
     if (h == INVALID_HANDLE_VALUE) {
         return ::GetLastError();
     }
@@ -57,7 +73,9 @@ void File::Close() {
     }
 }
 
-bool File::IsOpen() const { return handle_ != -1; }
+bool File::IsOpen() const {
+    return handle_ != -1;
+}
 
 ErrorCode File::Read(void* buffer, std::size_t size, std::size_t& got) {
     got = 0;
@@ -107,7 +125,7 @@ ErrorCode File::Seek(std::uint64_t offset) {
         return kErrorNegativeSeek;
     }
     return ::SetFilePointerEx(Handle(handle_), distance, nullptr, FILE_BEGIN) ? kErrorSuccess
-                                                                             : ::GetLastError();
+                                                                              : ::GetLastError();
 }
 
 ErrorCode File::Tell(std::uint64_t& offset) const {

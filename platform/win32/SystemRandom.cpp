@@ -1,7 +1,7 @@
 #include "platform/SystemRandom.h"
 
-#include <windows.h>
 #include <wincrypt.h>
+#include <windows.h>
 
 namespace platform {
 

@@ -91,7 +91,8 @@ TEST(PlatformFile, MoveNeverReplacesAndCopyDoes) {
     EXPECT_FALSE(platform::PathExists(a));
     EXPECT_EQ(platform::CopyFileReplacing(c, b), platform::kErrorSuccess);
     EXPECT_EQ(ReadAll(b), ReadAll(c));
-    EXPECT_EQ(platform::CopyFileReplacing(folder.Path(u"missing"), a), platform::kErrorFileNotFound);
+    EXPECT_EQ(platform::CopyFileReplacing(folder.Path(u"missing"), a),
+              platform::kErrorFileNotFound);
 
     EXPECT_EQ(platform::RemoveFile(c), platform::kErrorSuccess);
     EXPECT_EQ(platform::RemoveFile(c), platform::kErrorFileNotFound);

@@ -15,17 +15,19 @@ TEST(TextConversion, UnpairedSurrogatesBecomeReplacement) {
     const std::u16string lone_high = {u'a', char16_t(0xD800), u'b'};
     const std::u16string lone_low = {char16_t(0xDC00)};
     const std::u16string high_at_end = {u'x', char16_t(0xDBFF)};
-    EXPECT_EQ(platform::Utf16ToUtf8(lone_high), "a\xEF\xBF\xBD" "b");
+    EXPECT_EQ(platform::Utf16ToUtf8(lone_high),
+              "a\xEF\xBF\xBD"
+              "b");
     EXPECT_EQ(platform::Utf16ToUtf8(lone_low), "\xEF\xBF\xBD");
     EXPECT_EQ(platform::Utf16ToUtf8(high_at_end), "x\xEF\xBF\xBD");
 }
 
 TEST(TextConversion, MalformedUtf8BecomesReplacement) {
     const std::u16string bad = u"\uFFFD";
-    EXPECT_EQ(platform::Utf8ToUtf16("\xC0\xAF"), bad + bad);           // overlong slash
+    EXPECT_EQ(platform::Utf8ToUtf16("\xC0\xAF"), bad + bad);            // overlong slash
     EXPECT_EQ(platform::Utf8ToUtf16("\xED\xA0\x80"), bad + bad + bad);  // encoded surrogate
     EXPECT_EQ(platform::Utf8ToUtf16("\xF4\x90\x80\x80"), bad + bad + bad + bad);  // > U+10FFFF
-    EXPECT_EQ(platform::Utf8ToUtf16("ab\xE4\xB8"), u"ab" + bad + bad);  // cut short
+    EXPECT_EQ(platform::Utf8ToUtf16("ab\xE4\xB8"), u"ab" + bad + bad);            // cut short
     EXPECT_EQ(platform::Utf8ToUtf16("\xFF"), bad);
 }
 

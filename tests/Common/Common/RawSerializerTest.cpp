@@ -66,10 +66,10 @@ Bytes ToBytes(const Zelmarik::Blob& blob) {
 TEST(Blob, EncodesEveryPrimitiveLittleEndian) {
     const Bytes blob = ToBytes(Zelmarik::SerializeToBlob(Sample{}));
     const Bytes expected = {
-        53,   0,    0,    0,                                // total length
-        0xAB, 1,    0x34, 0x12, 0xEF, 0xCD, 0xAB, 0x89,     // byte, bool, u16, u32
-        0xFE, 0xFF, 0xFF, 0xFF,                             // i32 -2
-        8,    7,    6,    5,    4,    3,    2,    1,        // u64
+        53,   0,    0,    0,                             // total length
+        0xAB, 1,    0x34, 0x12, 0xEF, 0xCD, 0xAB, 0x89,  // byte, bool, u16, u32
+        0xFE, 0xFF, 0xFF, 0xFF,                          // i32 -2
+        8,    7,    6,    5,    4,    3,    2,    1,     // u64
         0xE8, 7,    2,    0,    3,    0,    4,    0,    5, 0, 6, 0, 7, 0, 8, 0,  // SYSTEMTIME
         2,    0,    0,    0,    'h',  0,    0xE9, 0,    0, 0,  // string + terminator
         9,    8,    7};
@@ -114,8 +114,8 @@ TEST(Blob, RefusesWhatDoesNotFitExactly) {
 
     EXPECT_FALSE(Zelmarik::DeserializeFromBlob(Bytes{0, 0, 0, 0}, read));  // length 0
     EXPECT_FALSE(Zelmarik::DeserializeFromBlob(Bytes{3, 0, 0, 0}, read));  // below its own field
-    EXPECT_FALSE(Zelmarik::DeserializeFromBlob(Bytes{4, 0}, read));         // field cut short
-    EXPECT_FALSE(Zelmarik::DeserializeFromBlob({}, read));                  // null blob
+    EXPECT_FALSE(Zelmarik::DeserializeFromBlob(Bytes{4, 0}, read));        // field cut short
+    EXPECT_FALSE(Zelmarik::DeserializeFromBlob({}, read));                 // null blob
 }
 
 TEST(Blob, HostileStringLengthFailsWithoutReadingOrAllocating) {

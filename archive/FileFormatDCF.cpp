@@ -1,0 +1,53 @@
+#include "archive/FileFormatDCF.h"
+
+#include "archive/ArchiveExtractRequest.h"
+#include "archive/DcfReader.h"
+#include "platform/File.h"
+
+namespace {
+
+// The preamble's fixed part and the key block: nothing shorter can be an image.
+constexpr std::uint64_t kMinimumImageSize = 1536;
+
+}  // namespace
+
+DCCFileFormatDCF::DCCFileFormatDCF() : DCCFileFormat(u"DCF", u".dcf", nullptr) {}
+
+DCCFileFormatDCF::DCCFileFormatDCF(std::u16string formatName, std::u16string extension)
+    : DCCFileFormat(std::move(formatName), std::move(extension), nullptr) {}
+
+DCCFileFormatDCF::~DCCFileFormatDCF() = default;
+
+bool DCCFileFormatDCF::IsFormatOf(std::u16string path) {
+    return HasOwnExtension(path);
+}
+
+DCCFileFormat* DCCFileFormatDCF::CreateInstance(const std::u16string*) {
+    return new DCCFileFormatDCF();
+}
+
+int DCCFileFormatDCF::GetFormatId() {
+    return 2;
+}
+
+FormatResult DCCFileFormatDCF::WriteArchive(ArchiveWriteRequest*, DCCArchiveUserSettings*) {
+    // Writing archives is not built yet.
+    return FORMAT_FAILED;
+}
+
+FormatResult DCCFileFormatDCF::ExtractArchive(ArchiveExtractRequest* request,
+                                              DCCArchiveUserSettings* settings) {
+    if (request == nullptr || settings == nullptr) {
+        return FORMAT_BAD_ARGUMENT;
+    }
+    extractedFiles.clear();
+    std::uint64_t size = 0;
+    if (!platform::QueryFileSize(request->sourcePath, size) || size < kMinimumImageSize) {
+        return FORMAT_FAILED;
+    }
+    platform::File stream;
+    if (stream.Open(request->sourcePath, platform::OpenMode::Read) != platform::kErrorSuccess) {
+        return FORMAT_FAILED;
+    }
+    return ReadArchiveBody(stream, *request, *settings, extractedFiles, callback);
+}

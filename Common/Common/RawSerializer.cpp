@@ -92,14 +92,24 @@ bool CRawSerializer::WriteRaw(const void* data, std::size_t size) {
     return true;
 }
 
-bool CRawSerializer::WriteByte(std::uint8_t value) { return WriteRaw(&value, 1); }
-bool CRawSerializer::WriteBool(bool value) { return WriteByte(value ? 1 : 0); }
-bool CRawSerializer::WriteUInt16(std::uint16_t value) { return WriteInteger(*this, value); }
-bool CRawSerializer::WriteUInt32(std::uint32_t value) { return WriteInteger(*this, value); }
+bool CRawSerializer::WriteByte(std::uint8_t value) {
+    return WriteRaw(&value, 1);
+}
+bool CRawSerializer::WriteBool(bool value) {
+    return WriteByte(value ? 1 : 0);
+}
+bool CRawSerializer::WriteUInt16(std::uint16_t value) {
+    return WriteInteger(*this, value);
+}
+bool CRawSerializer::WriteUInt32(std::uint32_t value) {
+    return WriteInteger(*this, value);
+}
 bool CRawSerializer::WriteInt32(std::int32_t value) {
     return WriteInteger(*this, static_cast<std::uint32_t>(value));
 }
-bool CRawSerializer::WriteUInt64(std::uint64_t value) { return WriteInteger(*this, value); }
+bool CRawSerializer::WriteUInt64(std::uint64_t value) {
+    return WriteInteger(*this, value);
+}
 
 bool CRawSerializer::WriteSystemTime(const SystemTime& value) {
     for (const std::uint16_t field : {value.Year, value.Month, value.DayOfWeek, value.Day,
@@ -162,7 +172,9 @@ bool CRawReader::ReadRaw(void* data, std::size_t size) {
     return true;
 }
 
-bool CRawReader::ReadByte(std::uint8_t& value) { return ReadRaw(&value, 1); }
+bool CRawReader::ReadByte(std::uint8_t& value) {
+    return ReadRaw(&value, 1);
+}
 
 bool CRawReader::ReadBool(bool& value) {
     std::uint8_t byte = 0;
@@ -186,8 +198,12 @@ bool CRawReader::ReadPresence(bool& present) {
     return true;
 }
 
-bool CRawReader::ReadUInt16(std::uint16_t& value) { return ReadInteger(*this, value); }
-bool CRawReader::ReadUInt32(std::uint32_t& value) { return ReadInteger(*this, value); }
+bool CRawReader::ReadUInt16(std::uint16_t& value) {
+    return ReadInteger(*this, value);
+}
+bool CRawReader::ReadUInt32(std::uint32_t& value) {
+    return ReadInteger(*this, value);
+}
 bool CRawReader::ReadInt32(std::int32_t& value) {
     std::uint32_t raw = 0;
     if (!ReadInteger(*this, raw)) {
@@ -196,7 +212,9 @@ bool CRawReader::ReadInt32(std::int32_t& value) {
     value = static_cast<std::int32_t>(raw);
     return true;
 }
-bool CRawReader::ReadUInt64(std::uint64_t& value) { return ReadInteger(*this, value); }
+bool CRawReader::ReadUInt64(std::uint64_t& value) {
+    return ReadInteger(*this, value);
+}
 
 bool CRawReader::ReadSystemTime(SystemTime& value) {
     for (std::uint16_t* field : {&value.Year, &value.Month, &value.DayOfWeek, &value.Day,

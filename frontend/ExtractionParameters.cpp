@@ -1,0 +1,3 @@
+#include "frontend/ExtractionParameters.h"
+
+CExtractionParameters ExtractionParameters;

@@ -1,0 +1,9 @@
+#include "frontend/HelpText.h"
+
+#include "platform/Console.h"
+
+void WriteHelpText() {
+    for (const std::string_view piece : kHelpTextPieces) {
+        platform::WriteStandardOutput(piece);
+    }
+}

@@ -1,0 +1,68 @@
+#include "frontend/StubEntry.h"
+
+#include <gtest/gtest.h>
+
+#include "frontend/ExtractionParameters.h"
+#include "frontend/HelpText.h"
+#include "tests/TestFolder.h"
+
+namespace {
+
+std::string Run(const std::vector<std::u16string>& tokens) {
+    ExtractionParameters = CExtractionParameters();
+    CCommandLine line;
+    line.Assign(tokens);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(RunStub(line), 0);
+    return testing::internal::GetCapturedStdout();
+}
+
+const std::string kHelp =
+    "Self-extraction archive: \r\n"
+    "Run it without parameters or with undefined ones to show GUI and control extraction by "
+    "it.\r\n"
+    "For extraction from command line, use both of parameters -key and -target.\r\n"
+    "Parameters: \r\n"
+    "\t-h|-help\tPrint this help\r\n"
+    "\t-key path\tSet path to private key for extraction\r\n"
+    "\t-target path\tSet path to target directory for extraction\r\n"
+    "\t-source path\tSet path to source archive to for extraction\r\n";
+
+TEST(StubEntry, HelpWinsOverEverythingElse) {
+    EXPECT_EQ(Run({u"-h"}), kHelp);
+    EXPECT_EQ(Run({u"-HELP"}), kHelp);
+    EXPECT_EQ(Run({u"-key", u"k", u"-target", u"t", u"-h"}), kHelp);
+}
+
+TEST(StubEntry, MissingKeyValueFailsWithoutTouchingTheDisk) {
+    tests::TestFolder folder;
+    const std::u16string target = folder.Path(u"out");
+    EXPECT_EQ(Run({u"-target", target, u"-key"}), "\r\nExtracting...\r\nExtraction has failed\r\n");
+    EXPECT_TRUE(ExtractionParameters.consoleMode);
+    EXPECT_FALSE(ExtractionParameters.keyGiven);
+    EXPECT_EQ(ExtractionParameters.targetPath, target);
+    EXPECT_FALSE(platform::PathExists(target));
+}
+
+TEST(StubEntry, UnreadableKeyFileFailsAndSourceDefaultsToTheProgram) {
+    tests::TestFolder folder;
+    EXPECT_EQ(Run({u"-key", folder.Path(u"none.privkey"), u"-target", folder.Path(u"o")}),
+              "\r\nExtracting...\r\nExtraction has failed\r\n");
+    EXPECT_FALSE(ExtractionParameters.keyGiven);
+    EXPECT_FALSE(ExtractionParameters.sourcePath.empty());
+    EXPECT_NE(ExtractionParameters.sourcePath.find(u"frontend_tests"), std::u16string::npos);
+
+    Run({u"-source", u"given.exe", u"-key", u"k", u"-target", u"t"});
+    EXPECT_EQ(ExtractionParameters.sourcePath, u"given.exe");
+}
+
+TEST(StubEntry, OneOfKeyAndTargetIsNotTheCommandLinePath) {
+    for (const auto& tokens : std::vector<std::vector<std::u16string>>{
+             {}, {u"-key", u"k"}, {u"-target", u"t"}, {u"-source", u"s"}, {u"unknown"}}) {
+        Run(tokens);
+        EXPECT_FALSE(ExtractionParameters.consoleMode);
+        EXPECT_TRUE(ExtractionParameters.sourcePath.empty());
+    }
+}
+
+}  // namespace

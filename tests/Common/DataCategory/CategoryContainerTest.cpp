@@ -1,0 +1,309 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "Common/Common/Exception.h"
+#include "Common/DataCategory/CategoryContainer.h"
+#include "tests/Common/DataCategory/FakeXmlNode.h"
+#include "tests/Common/DataCategory/RecordBytes.h"
+
+namespace tests {
+namespace {
+
+using Zelmarik::CCategoryContainer;
+using Zelmarik::CDlpCategory;
+using Zelmarik::CRawReader;
+
+CDlpCategory WithId(std::uint8_t id, std::int32_t kind = 0) {
+    CDlpCategory category;
+    category.Id = IdOf(id);
+    category.Kind = kind;
+    return category;
+}
+
+std::vector<std::uint8_t> FirstIdBytes(const CCategoryContainer& container) {
+    std::vector<std::uint8_t> ids;
+    for (const CDlpCategory& category : container.Categories) {
+        ids.push_back(category.Id.Bytes[0]);
+    }
+    return ids;
+}
+
+// Count, then the records, as the container stores them.
+Bytes ContainerRecord(const std::vector<CDlpCategory>& categories) {
+    ByteBuilder b;
+    b.U32(static_cast<std::uint32_t>(categories.size()));
+    for (const CDlpCategory& category : categories) {
+        b.Append(RecordOf(category));
+    }
+    return b.Data();
+}
+
+TEST(CategoryContainerAdd, SortsAndRefusesDuplicates) {
+    CCategoryContainer container;
+    EXPECT_TRUE(container.Add(WithId(5, 2)));
+    EXPECT_TRUE(container.Add(WithId(9, 1)));
+    const CDlpCategory third = WithId(1, 2);
+    EXPECT_TRUE(container.Add(third));
+    EXPECT_EQ(FirstIdBytes(container), (std::vector<std::uint8_t>{9, 1, 5}));
+
+    // Same Id with other fields: refused, nothing moves.
+    EXPECT_FALSE(container.Add(WithId(5, 0)));
+    EXPECT_EQ(FirstIdBytes(container), (std::vector<std::uint8_t>{9, 1, 5}));
+    EXPECT_EQ(container.Categories.back().Kind, 2);
+}
+
+TEST(CategoryContainerAdd, OrderThatIsNotTransitiveKeepsEveryCategory) {
+    // A(priority 1, kind 5) < B(priority 2, kind 0) < C(no priority, kind 3) < A.
+    CDlpCategory a = WithId(1, 5);
+    CDlpCategory b = WithId(2, 0);
+    a.Flags.HasPriority = b.Flags.HasPriority = true;
+    a.Priority = 1;
+    b.Priority = 2;
+    CCategoryContainer container;
+    for (int round = 0; round < 3; ++round) {
+        container.Add(a);
+        container.Add(b);
+        container.Add(WithId(3, 3));
+        container.Add(WithId(static_cast<std::uint8_t>(10 + round), round));
+    }
+    EXPECT_EQ(container.Categories.size(), 6u);
+}
+
+TEST(CategoryContainer, CopyKeepsHasMarkedAndMoveTakesTheList) {
+    CCategoryContainer container;
+    container.Add(SampleCategory());
+    container.HasMarked = true;
+    CCategoryContainer copy = container;
+    container.Categories.front().Content->Files.clear();
+    EXPECT_TRUE(copy.HasMarked);
+    EXPECT_EQ(RecordOf(copy.Categories.front()), SampleCategoryRecord());
+
+    CCategoryContainer moved = std::move(copy);
+    EXPECT_TRUE(moved.HasMarked);
+    ASSERT_EQ(moved.Categories.size(), 1u);
+    CCategoryContainer assigned;
+    assigned = moved;
+    EXPECT_EQ(RecordOf(assigned), RecordOf(moved));
+}
+
+TEST(CategoryContainerRecord, KeepsStoredOrderAndDuplicates) {
+    const Bytes record = ContainerRecord({WithId(7, 3), SampleCategory(), WithId(7, 3)});
+    CCategoryContainer container;
+    CRawReader in(record);
+    ASSERT_TRUE(container.Deserialize(in));
+    EXPECT_EQ(FirstIdBytes(container), (std::vector<std::uint8_t>{7, 0x67, 7}));
+    EXPECT_EQ(RecordOf(container), record);
+}
+
+TEST(CategoryContainerRecord, FailedRecordEmptiesTheList) {
+    Bytes record = ContainerRecord({WithId(1), WithId(2), WithId(3)});
+    record.pop_back();
+    CCategoryContainer container;
+    container.Add(WithId(9));
+    CRawReader in(record);
+    EXPECT_FALSE(container.Deserialize(in));
+    EXPECT_TRUE(container.Categories.empty());
+
+    // No count at all.
+    CRawReader empty(std::span<const std::uint8_t>{});
+    container.Add(WithId(9));
+    EXPECT_FALSE(container.Deserialize(empty));
+    EXPECT_TRUE(empty.Failed());
+    EXPECT_TRUE(container.Categories.empty());
+}
+
+TEST(CategoryContainerRecord, HugeCountFailsAtTheEndOfTheData) {
+    Bytes record = ContainerRecord({WithId(1), WithId(2)});
+    record[0] = record[1] = record[2] = record[3] = 0xFF;
+    CCategoryContainer container;
+    CRawReader in(record);
+    EXPECT_FALSE(container.Deserialize(in));
+    EXPECT_TRUE(container.Categories.empty());
+}
+
+TEST(CategoryBlock, EmptyContainerIsEightBytes) {
+    const Zelmarik::Blob block = Zelmarik::WriteCategoryBlock(CCategoryContainer());
+    EXPECT_EQ(Bytes(block.Bytes().begin(), block.Bytes().end()), (Bytes{8, 0, 0, 0, 0, 0, 0, 0}));
+}
+
+TEST(CategoryBlock, RoundTripIgnoresBytesBeyondTheLength) {
+    CCategoryContainer container;
+    container.Add(SampleCategory());
+    container.Add(WithId(2, 1));
+    const Zelmarik::Blob block = Zelmarik::WriteCategoryBlock(container);
+    ASSERT_GT(block.Size(), 8u);
+
+    Bytes padded(block.Bytes().begin(), block.Bytes().end());
+    padded.insert(padded.end(), 13, 0xCC);  // the fill of a tag block
+    CCategoryContainer read;
+    ASSERT_TRUE(Zelmarik::ReadCategoryBlock(padded, read));
+    EXPECT_EQ(RecordOf(read), RecordOf(container));
+}
+
+TEST(CategoryBlock, Refusals) {
+    CCategoryContainer container;
+    container.Add(WithId(1));
+    const Zelmarik::Blob block = Zelmarik::WriteCategoryBlock(container);
+    const Bytes valid(block.Bytes().begin(), block.Bytes().end());
+
+    const auto withLength = [&](std::uint32_t length) {
+        Bytes bytes = valid;
+        bytes.resize(std::max<std::size_t>(bytes.size(), 8));
+        ByteBuilder field;
+        field.U32(length);
+        std::copy(field.Data().begin(), field.Data().end(), bytes.begin());
+        return bytes;
+    };
+    CCategoryContainer read;
+    for (const std::uint32_t length : {0u, 1u, 3u, 0x80000000u, 0xFFFFFFFCu}) {
+        EXPECT_FALSE(Zelmarik::ReadCategoryBlock(withLength(length), read)) << length;
+    }
+    // Longer than the bytes at hand.
+    EXPECT_FALSE(Zelmarik::ReadCategoryBlock(
+        withLength(static_cast<std::uint32_t>(valid.size() + 1)), read));
+    EXPECT_FALSE(Zelmarik::ReadCategoryBlock(std::span(valid.data(), 3), read));
+    EXPECT_FALSE(Zelmarik::ReadCategoryBlock(std::span<const std::uint8_t>{}, read));
+
+    // A length of 4 holds no count.
+    EXPECT_FALSE(Zelmarik::ReadCategoryBlock(withLength(4), read));
+
+    // One byte left over within the length: refused, but the categories stay.
+    Bytes longer = valid;
+    longer.push_back(0);
+    longer = [&] {
+        ByteBuilder field;
+        field.U32(static_cast<std::uint32_t>(longer.size()));
+        std::copy(field.Data().begin(), field.Data().end(), longer.begin());
+        return longer;
+    }();
+    CCategoryContainer kept;
+    EXPECT_FALSE(Zelmarik::ReadCategoryBlock(longer, kept));
+    EXPECT_EQ(FirstIdBytes(kept), (std::vector<std::uint8_t>{1}));
+}
+
+TEST(CategoryContainerXml, WritesIdsOnly) {
+    Zelmarik::XmlElementBuilder root;
+    CCategoryContainer().WriteXml(root);
+    EXPECT_EQ(root.Body, "<dataCategories />");
+
+    CCategoryContainer container;
+    container.Add(SampleCategory());
+    container.Add(WithId(0xAB));
+    Zelmarik::XmlElementBuilder parent("parent");
+    container.WriteXml(parent);
+    EXPECT_EQ(parent.Body,
+              "<dataCategories><category id=\"000000ab-0000-0000-0000-000000000000\" />"
+              "<category id=\"01234567-89ab-cdef-0123-456789abcdef\" /></dataCategories>");
+}
+
+TEST(CategoryContainerXml, ReadsTheElementItselfOrAsChild) {
+    const FakeElement categories{"dataCategories",
+                                 {},
+                                 {CategoryElement("01234567-89AB-CDEF-0123-456789ABCDEF"),
+                                  {"other", {{"id", "ignored"}}, {}},
+                                  CategoryElement("000000ff-0000-0000-0000-000000000000"),
+                                  CategoryElement("01234567-89ab-cdef-0123-456789abcdef")}};
+    const FakeElement parent{"root", {}, {{"first", {}, {}}, categories}};
+
+    for (const FakeElement* node : {&categories, &parent}) {
+        CCategoryContainer container;
+        container.Add(WithId(3));
+        const FakeXmlNode xml(*node);
+        container.ReadXml(&xml);
+        // Sorted through Add, the duplicate dropped.
+        EXPECT_EQ(FirstIdBytes(container), (std::vector<std::uint8_t>{0x67, 0xFF}));
+    }
+
+    CCategoryContainer container;
+    container.Add(WithId(3));
+    const FakeElement empty{"dataCategories", {}, {}};
+    const FakeXmlNode emptyXml(empty);
+    container.ReadXml(&emptyXml);
+    EXPECT_TRUE(container.Categories.empty());
+}
+
+TEST(CategoryContainerXml, IdThatIsNoIdentifierGivesTheZeroId) {
+    const FakeElement categories{"dataCategories", {}, {CategoryElement("not-a-guid")}};
+    const FakeXmlNode xml(categories);
+    CCategoryContainer container;
+    container.ReadXml(&xml);
+    ASSERT_EQ(container.Categories.size(), 1u);
+    EXPECT_EQ(container.Categories.front().Id, Zelmarik::CGuid());
+}
+
+TEST(CategoryContainerXml, ExceptionTexts) {
+    CCategoryContainer container;
+    try {
+        container.ReadXml(nullptr);
+        ADD_FAILURE() << "no exception";
+    } catch (const Zelmarik::XMLException&) {
+        ADD_FAILURE() << "a plain Exception is expected";
+    } catch (const Zelmarik::Exception& error) {
+        EXPECT_EQ(error.PlainText, "Null parameter provided");
+        EXPECT_EQ(
+            std::string(error.what()).rfind("Null parameter provided (CategoryContainer [", 0), 0u);
+    }
+
+    const auto xmlError = [](const FakeElement& element, CCategoryContainer& target) {
+        const FakeXmlNode xml(element);
+        try {
+            target.ReadXml(&xml);
+        } catch (const Zelmarik::XMLException& error) {
+            return std::string(error.what());
+        }
+        return std::string("no exception");
+    };
+    const FakeElement noContainer{"root", {}, {{"categories", {}, {}}}};
+    EXPECT_EQ(xmlError(noContainer, container)
+                  .rfind("Invalid XML\nMissing dataCategories node (CategoryContainer [", 0),
+              0u);
+
+    // What was read before the bad element stays.
+    for (const FakeElement& bad : {FakeElement{"category", {}, {}}, CategoryElement(""),
+                                   FakeElement{"category", {{"ID", "x"}}, {}}}) {
+        const FakeElement categories{"dataCategories",
+                                     {},
+                                     {CategoryElement("000000ff-0000-0000-0000-000000000000"), bad,
+                                      CategoryElement("00000001-0000-0000-0000-000000000000")}};
+        EXPECT_EQ(xmlError(categories, container)
+                      .rfind("Invalid XML\nMissing category id (CategoryContainer [", 0),
+                  0u);
+        EXPECT_EQ(FirstIdBytes(container), (std::vector<std::uint8_t>{0xFF}));
+    }
+}
+
+TEST(XmlElementBuilder, EscapesAttributeValues) {
+    Zelmarik::XmlElementBuilder element("e");
+    element.AddAttribute(u"a", u"1\r\n\"&<>\u00e9'");
+    element.AddAttribute(nullptr, u"x");
+    element.AddAttribute(u"b", nullptr);
+    element.AddAttribute(u"c", u"");
+    Zelmarik::XmlElementBuilder parent("p");
+    element.AddTo(parent);
+    EXPECT_EQ(parent.Body, "<e a=\"1&enter;&quot;&amp;&lt;&gt;\xC3\xA9'\" c=\"\" />");
+}
+
+TEST(XmlElementBuilder, RawTextAndNesting) {
+    Zelmarik::XmlElementBuilder raw;
+    raw.IsRaw = true;
+    raw.RawText = "<x/>";
+    raw.AddAttribute(u"a", u"b");
+    EXPECT_TRUE(raw.AttributesText.empty());
+
+    Zelmarik::XmlElementBuilder inner("in");
+    raw.AddTo(inner);
+    Zelmarik::XmlElementBuilder nameless;
+    nameless.AddTo(inner);
+    Zelmarik::XmlElementBuilder outer("out");
+    inner.AddTo(outer);
+    EXPECT_EQ(outer.Body, "<in><x/></in>");
+
+    // Nothing goes into a raw parent.
+    outer.AddTo(raw);
+    EXPECT_EQ(raw.RawText, "<x/>");
+    EXPECT_TRUE(raw.Body.empty());
+}
+
+}  // namespace
+}  // namespace tests

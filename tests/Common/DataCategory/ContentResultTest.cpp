@@ -1,0 +1,167 @@
+#include <gtest/gtest.h>
+
+#include "Common/DataCategory/ContentResult.h"
+#include "tests/Common/DataCategory/RecordBytes.h"
+
+namespace tests {
+namespace {
+
+using Zelmarik::CContentResult;
+using Zelmarik::CRawReader;
+
+TEST(ContentResultRecord, DefaultTreeIsThirtyTwoBytes) {
+    ByteBuilder expected;
+    expected.U8(0).U32(3).Str(u"").I32(-1).I32(-1).I32(-1).I32(-1).U8(0).U32(0);
+    EXPECT_EQ(RecordOf(CContentResult()), expected.Data());
+    EXPECT_EQ(expected.Data().size(), 32u);
+}
+
+TEST(ContentResultRecord, DeepTreeWritesEveryFieldInOrderAndReadsBackUnchanged) {
+    const Bytes record = SampleTreeRecord();
+    EXPECT_EQ(RecordOf(SampleTree()), record);
+
+    CContentResult read;
+    CRawReader in(record);
+    ASSERT_TRUE(read.Deserialize(in));
+    EXPECT_EQ(in.Remaining(), 0);
+    EXPECT_EQ(RecordOf(read), record);
+    ASSERT_TRUE(read.ProcessingResult);
+    EXPECT_EQ(read.ProcessingResult->Text, u"proc");
+    EXPECT_FALSE(read.ProcessingResult->Flag) << "the flag is not stored";
+    EXPECT_EQ(read.Files.back().Core.Groups[0].Summaries[0].SubResults[0].Second, u"g");
+}
+
+TEST(ContentResultRecord, ReadingReplacesWhatWasThere) {
+    CContentResult tree = SampleTree();
+    const Bytes record = RecordOf(CContentResult());
+    CRawReader in(record);
+    ASSERT_TRUE(tree.Deserialize(in));
+    EXPECT_FALSE(tree.ProcessingResult);
+    EXPECT_TRUE(tree.Files.empty());
+    EXPECT_EQ(RecordOf(tree), record);
+}
+
+TEST(ContentResultRecord, CopyIsDeep) {
+    CContentResult original = SampleTree();
+    CContentResult copy = original;
+    original.ProcessingResult->Text = u"changed";
+    original.Files.front().Definitions.clear();
+    EXPECT_EQ(RecordOf(copy), SampleTreeRecord());
+    EXPECT_TRUE(copy.ProcessingResult->Flag);
+
+    CContentResult assigned;
+    assigned = copy;
+    CContentResult moved = std::move(copy);
+    EXPECT_EQ(RecordOf(assigned), SampleTreeRecord());
+    EXPECT_EQ(RecordOf(moved), SampleTreeRecord());
+}
+
+// Every cut of a valid tree fails through the reader's flag, and a list whose element failed
+// is left empty.
+TEST(ContentResultRecord, TruncatedTreesFail) {
+    const Bytes record = SampleTreeRecord();
+    for (std::size_t size = 0; size < record.size(); ++size) {
+        CContentResult tree;
+        CRawReader in(std::span(record.data(), size));
+        EXPECT_FALSE(tree.Deserialize(in)) << size;
+        EXPECT_TRUE(in.Failed());
+    }
+    CContentResult::FileResult file;
+    const Bytes fileRecord = SampleFileResultRecord();
+    CRawReader in(std::span(fileRecord.data(), fileRecord.size() - 1));
+    EXPECT_FALSE(file.Deserialize(in));
+    EXPECT_TRUE(file.Core.Groups.empty());
+    EXPECT_EQ(file.Definitions.size(), 1u) << "lists read before the failure stay";
+}
+
+TEST(ContentResultRecord, HostileCountsAndLengthsFailWithoutAllocating) {
+    const auto readTree = [](const Bytes& record) {
+        CContentResult tree;
+        CRawReader in(record);
+        return tree.Deserialize(in) || !in.Failed();
+    };
+    ByteBuilder hugeFileCount;
+    hugeFileCount.U8(0).U32(3).Str(u"").Zeros(16).U8(0).U32(0xFFFFFFFF).Str(u"x");
+    EXPECT_FALSE(readTree(hugeFileCount.Data()));
+
+    // A string length whose byte count wraps a 32-bit size.
+    for (const std::uint32_t length : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+        ByteBuilder hugeText;
+        hugeText.U8(0).U32(3).U32(length).Zeros(64);
+        EXPECT_FALSE(readTree(hugeText.Data())) << length;
+    }
+
+    ByteBuilder badPresence;
+    badPresence.U8(2).U32(3).Str(u"").Zeros(16).U8(0).U32(0);
+    EXPECT_FALSE(readTree(badPresence.Data()));
+}
+
+TEST(ContentResultText, CacheStates) {
+    CContentResult::CacheInfo cache;
+    EXPECT_EQ(cache.DebugLog(),
+              u"Zelmarik: NotInitialized, Metadata: NotInitialized, Tovrinx: NotInitialized");
+    cache.ZelmarikState = 4;
+    cache.MetadataState = 5;
+    cache.TovrinxState = -2;
+    EXPECT_EQ(cache.DebugLog(), u"Zelmarik: ChildPartialHit, Metadata: , Tovrinx: ");
+    cache.MetadataState = 3;
+    cache.TovrinxState = 2;
+    EXPECT_EQ(cache.DebugLog(),
+              u"Zelmarik: ChildPartialHit, Metadata: ChildFullHit, Tovrinx: L2Hit");
+    EXPECT_EQ(CContentResult::CacheInfo::StateText(0), u"Miss");
+    EXPECT_EQ(CContentResult::CacheInfo::StateText(1), u"L1Hit");
+}
+
+TEST(ContentResultText, ElementsAndMatches) {
+    CContentResult::ElementResult element;
+    element.Kind = 10;
+    EXPECT_EQ(element.DebugLog(), u"Kind: \n\tMatches: \n\tTotal count: 0");
+
+    element.Kind = 9;
+    element.Matches.resize(2);
+    element.Matches[0].First = u"a";
+    element.Matches[0].Second = u"b";
+    element.Matches[0].Count = 4;
+    element.Matches[1].First = u"c";
+    element.TotalCount = 4000000000u;
+    EXPECT_EQ(
+        element.DebugLog(),
+        u"Kind: Metadata\n\tMatches: a, b, count: 4, c, , count: 0\n\tTotal count: 4000000000");
+    EXPECT_EQ(CContentResult::ElementResult::KindText(0), u"NotInitialized");
+    EXPECT_EQ(CContentResult::ElementResult::KindText(3), u"Regex");
+}
+
+TEST(ContentResultText, DefinitionsJoinElementsOnLines) {
+    CContentResult::Definition definition;
+    definition.Id = 18446744073709551615u;
+    definition.Name = u"IBAN";
+    definition.ContentHitCount = 3;
+    EXPECT_EQ(definition.DebugLog(),
+              u"Id: 18446744073709551615, Name: IBAN, Elements: , ContentHitCount: 3");
+    definition.Elements.resize(2);
+    definition.Elements[0].Kind = 1;
+    EXPECT_EQ(definition.DebugLog(),
+              u"Id: 18446744073709551615, Name: IBAN, Elements: "
+              u"Kind: Algorithm\n\tMatches: \n\tTotal count: 0, \n"
+              u"Kind: NotInitialized\n\tMatches: \n\tTotal count: 0, ContentHitCount: 3");
+}
+
+TEST(ContentResultText, FileResultPrintsNoneForEmptyLists) {
+    CContentResult::FileResult file;
+    file.RelativeName = u"x.doc";
+    EXPECT_EQ(file.DebugLog(),
+              u"Relative name: x.doc, Definitions: \r\n-none-, FoundMetadata: \r\n-none-");
+
+    file.FoundMetadata.resize(2);
+    file.FoundMetadata.front().Name = u"Author";
+    file.FoundMetadata.front().Value = u"Ann";
+    file.Definitions.resize(1);
+    file.Definitions.front().Name = u"D";
+    EXPECT_EQ(file.DebugLog(),
+              u"Relative name: x.doc, Definitions: \r\n"
+              u"Id: 0, Name: D, Elements: , ContentHitCount: 0, FoundMetadata: \r\n"
+              u"Name: Author, Value: Ann, \nName: , Value: ");
+}
+
+}  // namespace
+}  // namespace tests

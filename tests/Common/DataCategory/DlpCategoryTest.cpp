@@ -1,0 +1,232 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "Common/DataCategory/CategoryDefaults.h"
+#include "Common/DataCategory/DlpCategory.h"
+#include "tests/Common/DataCategory/RecordBytes.h"
+
+namespace tests {
+namespace {
+
+using Zelmarik::CDlpCategory;
+using Zelmarik::CRawReader;
+
+TEST(DlpCategoryRecord, DefaultCategory) {
+    ByteBuilder expected;
+    expected.Zeros(16).Raw({0xFF, 0xFF, 0xFF, 0x7F}).U32(0);
+    expected.Str(u"").Str(u"");
+    expected.Zeros(8 + 4 + 4 + 8).U8(0).U8(0).U8(0).Zeros(7);
+    EXPECT_EQ(RecordOf(CDlpCategory()), expected.Data());
+    EXPECT_EQ(expected.Data().size(), 70u);
+}
+
+TEST(DlpCategoryRecord, EveryFieldInRecordOrderAndBackUnchanged) {
+    const Bytes record = SampleCategoryRecord();
+    EXPECT_EQ(RecordOf(SampleCategory()), record);
+
+    CDlpCategory read;
+    CRawReader in(record);
+    ASSERT_TRUE(read.Deserialize(in));
+    EXPECT_EQ(in.Remaining(), 0);
+    EXPECT_EQ(read.Priority, 3);
+    EXPECT_EQ(read.Kind, 2);
+    EXPECT_FALSE(read.Marked) << "Marked is not stored";
+    EXPECT_EQ(RecordOf(read), record);
+}
+
+TEST(DlpCategoryRecord, AbsentPartsResetWhatWasThere) {
+    CDlpCategory category = SampleCategory();
+    const Bytes record = RecordOf(CDlpCategory());
+    CRawReader in(record);
+    ASSERT_TRUE(category.Deserialize(in));
+    EXPECT_FALSE(category.Content);
+    EXPECT_FALSE(category.Extensions.has_value());
+    EXPECT_EQ(RecordOf(category), record);
+}
+
+TEST(DlpCategoryRecord, NextIdentifierIsFoundPastATree) {
+    ByteBuilder two;
+    two.Append(SampleCategoryRecord()).Append(RecordOf(CDlpCategory()));
+    Bytes records = two.Data();
+    // Give the second category an identifier of its own.
+    const std::size_t second = SampleCategoryRecord().size();
+    records[second] = 0x42;
+
+    CRawReader in(records);
+    CDlpCategory first;
+    CDlpCategory next;
+    ASSERT_TRUE(first.Deserialize(in));
+    ASSERT_TRUE(next.Deserialize(in));
+    EXPECT_EQ(next.Id, IdOf(0x42));
+    EXPECT_EQ(in.Remaining(), 0);
+}
+
+TEST(DlpCategoryRecord, DamagedRecordsFail) {
+    const Bytes valid = SampleCategoryRecord();
+    const auto fails = [](const Bytes& record) {
+        CDlpCategory category;
+        CRawReader in(record);
+        const bool ok = category.Deserialize(in);
+        return !ok && in.Failed();
+    };
+    for (std::size_t size = 0; size < valid.size(); size += 7) {
+        EXPECT_TRUE(fails(Bytes(valid.begin(), valid.begin() + size))) << size;
+    }
+
+    // Presence bytes other than 0 and 1; the content byte sits behind the fixed fields.
+    constexpr std::size_t kContentByte = 16 + 4 + 4 + 6 + 6 + 8 + 4 + 4 + 8 + 1;
+    Bytes badContent = RecordOf(CDlpCategory());
+    badContent[kContentByte] = 2;
+    EXPECT_TRUE(fails(badContent));
+    Bytes badExtensions = RecordOf(CDlpCategory());
+    badExtensions[kContentByte + 1] = 0xFF;
+    EXPECT_TRUE(fails(badExtensions));
+
+    // A name whose length would wrap a 32-bit byte count.
+    Bytes hugeName = RecordOf(CDlpCategory());
+    hugeName[16 + 8 + 3] = 0x80;
+    EXPECT_TRUE(fails(hugeName));
+
+    const Bytes fixedFields = RecordOf(CDlpCategory());
+    ByteBuilder hugeSet;
+    hugeSet.Append(std::span(fixedFields.data(), kContentByte)).U8(0).U8(1).U32(0);
+    hugeSet.U32(0xFFFFFFFF).Str(u".a").Str(u".b");
+    EXPECT_TRUE(fails(hugeSet.Data()));
+}
+
+TEST(DlpCategoryRecord, SetFailingMidwayIsLeftEmpty) {
+    CDlpCategory::FilePropertiesExtensions extensions;
+    ByteBuilder record;
+    record.U32(1).U32(3).Str(u".a").Str(u".b");
+    CRawReader in(record.Data());
+    EXPECT_FALSE(extensions.Deserialize(in));
+    EXPECT_TRUE(extensions.Extensions.empty());
+}
+
+TEST(DlpCategory, CopyIsDeepAndMoveTakesOver) {
+    CDlpCategory original = SampleCategory();
+    CDlpCategory copy = original;
+    original.Content->Files.clear();
+    original.Extensions->Extensions.clear();
+    EXPECT_EQ(RecordOf(copy), SampleCategoryRecord());
+    EXPECT_TRUE(copy.Marked);
+
+    CDlpCategory assigned;
+    assigned = copy;
+    const Zelmarik::CContentResult* tree = copy.Content.get();
+    CDlpCategory moved = std::move(copy);
+    EXPECT_EQ(moved.Content.get(), tree);
+    EXPECT_EQ(RecordOf(assigned), SampleCategoryRecord());
+    EXPECT_NE(assigned.Content.get(), tree);
+}
+
+CDlpCategory Category(std::uint8_t id, std::int32_t kind, bool hasPriority,
+                      std::int32_t priority = CDlpCategory::kNoPriority) {
+    CDlpCategory category;
+    category.Id = IdOf(id);
+    category.Kind = kind;
+    category.Flags.HasPriority = hasPriority;
+    category.Priority = priority;
+    return category;
+}
+
+TEST(DlpCategoryOrder, PriorityCountsOnlyWhenBothHaveIt) {
+    // A priority sorts before the default "none" once both have HasPriority.
+    EXPECT_TRUE(Category(9, 5, true, 1) < Category(1, 0, true));
+    EXPECT_FALSE(Category(1, 0, true) < Category(9, 5, true, 1));
+    // Negative priorities are smaller.
+    EXPECT_TRUE(Category(1, 0, true, -4) < Category(0, 0, true, 2));
+    // One without HasPriority: kind decides, then the identifier.
+    EXPECT_TRUE(Category(9, 1, true, 1) < Category(1, 2, false, 100));
+    EXPECT_TRUE(Category(9, -1, false) < Category(1, 0, true, -5));
+    EXPECT_TRUE(Category(1, 3, true, 1) < Category(2, 3, false, 0));
+    // Equal priorities: the identifiers decide, whatever the kinds.
+    EXPECT_TRUE(Category(1, 7, true, 4) < Category(2, 0, true, 4));
+    EXPECT_FALSE(Category(2, 0, true, 4) < Category(1, 7, true, 4));
+}
+
+TEST(DlpCategoryOrder, IdentifiersCompareAsUnsignedBytesInMemoryOrder) {
+    CDlpCategory low;
+    CDlpCategory high;
+    low.Id.Bytes[15] = 0xFF;
+    high.Id.Bytes[0] = 0x01;
+    EXPECT_TRUE(low < high);
+    EXPECT_FALSE(high < low);
+    high.Id.Bytes[0] = 0x80;
+    low.Id.Bytes[0] = 0x7F;
+    EXPECT_TRUE(low < high);
+    EXPECT_FALSE(low < low) << "equal identifiers are not less";
+}
+
+TEST(DlpCategoryText, DebugLines) {
+    EXPECT_EQ(SampleCategory().DebugLog(),
+              u"[Payroll: 01234567-89ab-cdef-0123-456789abcdef - 12 (Content - UNIFIED), P: 3]");
+    EXPECT_EQ(CDlpCategory().DebugLog(), u"[00000000-0000-0000-0000-000000000000]");
+
+    CDlpCategory category;
+    category.Kind = 8;
+    category.Priority = 3;  // without HasPriority: not shown
+    EXPECT_EQ(category.DebugLog(), u"[00000000-0000-0000-0000-000000000000 (Unknown - Error)]");
+    category.Kind = 0;
+    category.Flags.HasPriority = true;
+    category.Priority = -7;
+    category.DisplayNumber = 18446744073709551615u;
+    EXPECT_EQ(category.DebugLog(),
+              u"[00000000-0000-0000-0000-000000000000 - 18446744073709551615, P: -7]");
+    category.Priority = CDlpCategory::kNoPriority;
+    category.Flags.Unified = true;  // no kind, so no mark either
+    EXPECT_EQ(category.DebugLog(),
+              u"[00000000-0000-0000-0000-000000000000 - 18446744073709551615]");
+
+    category.Flags.AllData = true;
+    category.Name = u"Everything";
+    EXPECT_EQ(category.DebugLog(), u"[AllData]");
+}
+
+TEST(DlpCategoryText, Kinds) {
+    const std::vector<std::u16string> expected = {
+        u"Unknown", u"Context",        u"Content", u"ThirdParty",     u"ProtectedApplication",
+        u"AllData", u"FileProperties", u"Tovrinx", u"Unknown - Error"};
+    for (std::int32_t kind = 0; kind < 9; ++kind) {
+        EXPECT_EQ(CDlpCategory::KindText(kind), expected[static_cast<std::size_t>(kind)]);
+    }
+    EXPECT_EQ(CDlpCategory::KindText(-1), u"Unknown - Error");
+}
+
+TEST(CategoryDefaults, CatchAllCategory) {
+    const CDlpCategory& all = Zelmarik::AllDataCategory();
+    EXPECT_EQ(all.Id.DebugLog(), u"aaaaaaaa-aaaa-aaaa-aaaa-aaaaaaaaaaaa");
+    EXPECT_TRUE(all.Flags.AllData);
+    EXPECT_FALSE(all.Flags.HasPriority);
+    EXPECT_EQ(all.Priority, CDlpCategory::kNoPriority);
+    EXPECT_EQ(all.DebugLog(), u"[AllData]");
+}
+
+TEST(CategoryDefaults, ExtensionLists) {
+    const auto& table = Zelmarik::ContentExtensions;
+    EXPECT_NE(std::find(table.begin(), table.end(), u".jpe"), table.end());
+
+    const auto& set = Zelmarik::DefaultPropertiesExtensions();
+    EXPECT_EQ(set.size(), 63u);
+    for (const char16_t* image : {u".png", u".tiff", u".tif", u".jpg", u".jpeg", u".jpe"}) {
+        EXPECT_EQ(set.count(image), 0u);
+    }
+    for (const char16_t* kept : {u".txt", u".sv$", u".kdbx", u".zip", u".one"}) {
+        EXPECT_EQ(set.count(kept), 1u);
+    }
+    // Smallest and largest in unit order.
+    EXPECT_EQ(*set.begin(), u".aep");
+    EXPECT_EQ(*set.rbegin(), u".zip");
+}
+
+TEST(CategoryDefaults, ExtensionSetOrdersByUnitsThenLength) {
+    const CDlpCategory::ExtensionSet set = {u".doc", u".Doc", u".do", u".\u00e9", u".docx"};
+    const std::vector<std::u16string> ordered(set.begin(), set.end());
+    EXPECT_EQ(ordered,
+              (std::vector<std::u16string>{u".Doc", u".do", u".doc", u".docx", u".\u00e9"}));
+}
+
+}  // namespace
+}  // namespace tests

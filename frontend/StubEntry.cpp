@@ -3,6 +3,7 @@
 #include "frontend/ExtractionDriver.h"
 #include "frontend/ExtractionParameters.h"
 #include "frontend/HelpText.h"
+#include "frontend/LocalizedStrings.h"
 #include "platform/Console.h"
 #include "platform/Module.h"
 
@@ -32,6 +33,8 @@ void ExtractFromCommandLine(const CCommandLine& commandLine) {
 }  // namespace
 
 int RunStub(const CCommandLine& commandLine) {
+    LocalizedStrings.BuildStringTable();
+    LocalizedStrings.SelectLanguage(u"English");
     if (commandLine.FindOption(u"-help") >= 0 || commandLine.FindOption(u"-h") >= 0) {
         platform::AttachProcessConsole();
         WriteHelpText();

@@ -1,3 +1,10 @@
 # Key objects, key files, RSA and key generation.
 list(APPEND CRYPTO_SOURCES
-    SecurityKey.h SecurityKey.cpp)
+    SecurityKey.h SecurityKey.cpp
+    Rsa.h KeyFile.h KeyFile.cpp
+    rsa/Limbs.h rsa/Limbs.cpp
+    rsa/Reducer.h rsa/Reducer.cpp
+    rsa/Montgomery.h rsa/Montgomery.cpp
+    rsa/NumberTheory.h rsa/NumberTheory.cpp
+    rsa/PrivatePower.h rsa/PrivatePower.cpp
+    rsa/Rsa.cpp)

@@ -1,3 +1,3 @@
 dcf_test(crypto_keys_tests
-    SOURCES SecurityKeyTest.cpp
+    SOURCES SecurityKeyTest.cpp KeyFileTest.cpp RsaTest.cpp
     DEPENDS crypto)

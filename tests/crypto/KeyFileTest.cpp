@@ -1,0 +1,248 @@
+#include "crypto/KeyFile.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+#include "crypto/Rsa.h"
+#include "crypto/SecurityKey.h"
+#include "platform/ErrorCodes.h"
+#include "tests/TestFolder.h"
+
+namespace {
+
+using Zelmarik::DCCPrivateKey;
+using Zelmarik::DCCSecurityKey;
+using Zelmarik::SystemTime;
+
+// 512 digits: `number` repeated.
+std::string NumberLine(const std::string& pattern) {
+    std::string line;
+    while (line.size() < 512) {
+        line += pattern;
+    }
+    return line.substr(0, 512);
+}
+
+// The first seven lines of a key file, with five different numbers.
+std::string KeyHead(const std::string& eol = "\n") {
+    std::string text = "Ren\xC3\xA9 \xE2\x82\xAC" + eol;  // "René €"
+    for (int i = 0; i < 5; ++i) {
+        text += NumberLine(std::to_string(i + 1) + "0aBcDeF") + eol;
+    }
+    return text + "format 1" + eol;
+}
+
+// The words of a number line made by NumberLine.
+DCCPrivateKey::Number Expected(const std::string& line) {
+    DCCPrivateKey::Number number{};
+    for (std::size_t w = 0; w < 64; ++w) {
+        number[w] =
+            static_cast<std::uint32_t>(std::stoul(line.substr(512 - 8 * (w + 1), 8), nullptr, 16));
+    }
+    return number;
+}
+
+class KeyFileTest : public ::testing::Test {
+protected:
+    std::uint32_t Load(const std::string& bytes) {
+        const std::u16string path = folder_.Path(u"key.privkey");
+        std::ofstream(folder_.Native() / "key.privkey", std::ios::binary | std::ios::trunc)
+            << bytes;
+        return key_.PrivateFromFile(path.c_str());
+    }
+
+    tests::TestFolder folder_;
+    DCCSecurityKey key_;
+};
+
+TEST_F(KeyFileTest, FullFileFillsEveryField) {
+    ASSERT_EQ(Load(KeyHead() + "07.11.2023, 14:05\n5\nignored tail\n"), 0u);
+    EXPECT_EQ(key_.Name, u"Ren\u00e9 \u20ac");
+    ASSERT_NE(key_.PrivateKey, nullptr);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(key_.PrivateKey->Numbers[i],
+                  Expected(NumberLine(std::to_string(i + 1) + "0aBcDeF")))
+            << "number " << i;
+    }
+    EXPECT_EQ(key_.Created, (SystemTime{2023, 11, 0, 7, 14, 5, 0, 0}));
+    EXPECT_EQ(key_.ValidityYears, 5);
+    EXPECT_EQ(key_.Expires, (SystemTime{2028, 11, 0, 7, 14, 5, 0, 0}));
+    EXPECT_EQ(key_.Flags, Zelmarik::KeyHasPrivate | Zelmarik::KeyFromFile);
+    EXPECT_TRUE(key_.PrivateKey->HasAllNumbers());
+}
+
+TEST_F(KeyFileTest, CrLfAndCaseGiveTheSameKey) {
+    ASSERT_EQ(Load(KeyHead() + "1.2.2024, 3:04\n-1\n"), 0u);
+    const DCCSecurityKey lf = key_;
+
+    std::string crlf = KeyHead("\r\n") + "1.2.2024, 3:04\r\n-1\r\n";
+    for (std::size_t i = crlf.find('\n'); i < crlf.size(); ++i) {
+        if (crlf[i] >= 'a' && crlf[i] <= 'f') {
+            crlf[i] = static_cast<char>(crlf[i] - 'a' + 'A');
+        }
+    }
+    key_ = DCCSecurityKey{};
+    ASSERT_EQ(Load(crlf), 0u);
+    EXPECT_EQ(key_.Name, lf.Name);
+    EXPECT_EQ(key_.PrivateKey->Numbers, lf.PrivateKey->Numbers);
+    EXPECT_EQ(key_.Created, lf.Created);
+    EXPECT_EQ(key_.ValidityYears, -1);
+    EXPECT_EQ(key_.Expires, key_.Created);  // no end
+}
+
+TEST_F(KeyFileTest, DateAndValidityAreOptionalAsAPair) {
+    key_.ValidityYears = 7;  // kept when the pair is missing
+    ASSERT_EQ(Load(KeyHead()), 0u);
+    EXPECT_EQ(key_.ValidityYears, 7);
+    EXPECT_EQ(key_.Created, SystemTime{});
+
+    key_ = DCCSecurityKey{};
+    ASSERT_EQ(Load(KeyHead() + "07.11.2023, 14:05"), 0u);  // no line end: not a date line
+    EXPECT_EQ(key_.Created, SystemTime{});
+    EXPECT_EQ(key_.ValidityYears, -1);
+
+    key_ = DCCSecurityKey{};
+    EXPECT_EQ(Load(KeyHead() + "07.11.2023, 14:05\n5"), 13u);  // validity without line end
+    EXPECT_EQ(key_.Flags & Zelmarik::KeyHasPrivate, 0u);
+
+    EXPECT_EQ(Load(KeyHead() + "07.11.2023 14:05\n5\n"), 13u);  // no comma
+}
+
+TEST_F(KeyFileTest, ValidityIsReadLikeAnInteger) {
+    ASSERT_EQ(Load(KeyHead() + "29.2.2024, 0:0\n0\n"), 0u);
+    EXPECT_EQ(key_.ValidityYears, 0);
+    EXPECT_EQ(key_.Expires, key_.Created);
+
+    ASSERT_EQ(Load(KeyHead() + "1.1.2024,9:30\n  +12 years\n"), 0u);
+    EXPECT_EQ(key_.ValidityYears, 12);
+    EXPECT_EQ(key_.Expires.Year, 2036);
+    EXPECT_EQ(key_.Created.Hour, 9);
+
+    ASSERT_EQ(Load(KeyHead() + "1.1.2024, 9:30\nnone\n"), 0u);
+    EXPECT_EQ(key_.ValidityYears, 0);
+
+    // The year wraps in 16 bits.
+    ASSERT_EQ(Load(KeyHead() + "1.1.65535, 9:30\n2\n"), 0u);
+    EXPECT_EQ(key_.Expires.Year, 1);
+}
+
+TEST_F(KeyFileTest, NumberLinesMustHaveExactly512Characters) {
+    std::string text = KeyHead();
+    const std::size_t second = text.find('\n') + 1;
+    EXPECT_EQ(Load(std::string(text).erase(second, 1)), 13u);     // 511
+    EXPECT_EQ(Load(std::string(text).insert(second, "0")), 13u);  // 513
+
+    // 512 characters with a space: 511 digits, one digit shorter.
+    std::string spaced = text;
+    spaced.replace(second, 512, NumberLine("f"));
+    spaced[second + 100] = ' ';
+    ASSERT_EQ(Load(spaced), 0u);
+    DCCPrivateKey::Number expected;
+    expected.fill(0xFFFFFFFF);
+    expected[63] = 0x0FFFFFFF;
+    EXPECT_EQ(key_.PrivateKey->Numbers[0], expected);
+}
+
+TEST_F(KeyFileTest, ZeroByteEndsTheText) {
+    // Behind line 7 the date pair is cut away.
+    ASSERT_EQ(Load(KeyHead() + std::string(1, '\0') + "07.11.2023, 14:05\n5\n"), 0u);
+    EXPECT_EQ(key_.ValidityYears, -1);
+
+    std::string text = KeyHead();
+    text[text.find('\n') + 20] = '\0';  // inside the first number
+    EXPECT_EQ(Load(text), 13u);
+}
+
+TEST_F(KeyFileTest, BrokenFilesAndPaths) {
+    EXPECT_EQ(Load(""), 13u);
+    EXPECT_EQ(Load("name without line end"), 13u);
+    std::string noSkipLine = KeyHead();
+    noSkipLine.resize(noSkipLine.size() - 1);  // line 7 without its line end
+    EXPECT_EQ(Load(noSkipLine), 13u);
+
+    EXPECT_EQ(key_.PrivateFromFile(nullptr), platform::kErrorInvalidParameter);
+    EXPECT_EQ(key_.PrivateFromFile(folder_.Path(u"missing.privkey").c_str()),
+              platform::kErrorFileNotFound);
+    const std::u16string inMissingFolder =
+        folder_.Path(u"no\u00e9dir") + platform::kPathSeparator + u"a.privkey";
+    EXPECT_EQ(key_.PrivateFromFile(inMissingFolder.c_str()), platform::kErrorPathNotFound);
+    EXPECT_EQ(key_.Flags & Zelmarik::KeyFromFile, 0u);
+}
+
+TEST(ParsePrivateKeyText, FailureKeepsWhatWasReadWithoutThePrivateFlag) {
+    DCCSecurityKey key;
+    EXPECT_FALSE(key.ParsePrivateKeyText(nullptr));
+    std::string text = KeyHead();
+    text.resize(text.find('\n') + 1 + 513 + 100);  // name, one number, a cut second line
+    EXPECT_FALSE(key.ParsePrivateKeyText(text.c_str()));
+    EXPECT_EQ(key.Name, u"Ren\u00e9 \u20ac");
+    ASSERT_NE(key.PrivateKey, nullptr);
+    EXPECT_EQ(key.PrivateKey->Numbers[0], Expected(NumberLine("10aBcDeF")));
+    EXPECT_EQ(key.Flags, 0u);
+}
+
+TEST(ParseKeyNumberLine, MovesOnlyOnSuccess) {
+    const std::string good = NumberLine("0123456789abcdef") + "\r\nnext";
+    const char* text = good.c_str();
+    std::uint32_t number[64];
+    ASSERT_TRUE(Zelmarik::ParseKeyNumberLine(text, number));
+    EXPECT_STREQ(text, "next");
+    EXPECT_EQ(number[0], 0x89abcdefu);
+    EXPECT_EQ(number[63], 0x01234567u);
+
+    const std::string noEnd = NumberLine("1");
+    text = noEnd.c_str();
+    EXPECT_FALSE(Zelmarik::ParseKeyNumberLine(text, number));
+    EXPECT_EQ(text, noEnd.c_str());
+}
+
+TEST(ParseKeyDate, FieldsInTheirPlaces) {
+    SystemTime time{1, 1, 1, 1, 1, 1, 1, 1};
+    ASSERT_TRUE(Zelmarik::ParseKeyDate("31.12.1999,  23:59 trailing", time));
+    EXPECT_EQ(time, (SystemTime{1999, 12, 0, 31, 23, 59, 0, 0}));
+    ASSERT_TRUE(Zelmarik::ParseKeyDate(" 1. 2. 3,4: 5", time));
+    EXPECT_EQ(time, (SystemTime{3, 2, 0, 1, 4, 5, 0, 0}));
+
+    const SystemTime before = time;
+    EXPECT_FALSE(Zelmarik::ParseKeyDate("1.2.2024, 3", time));
+    EXPECT_FALSE(Zelmarik::ParseKeyDate("1/2/2024, 3:04", time));
+    EXPECT_FALSE(Zelmarik::ParseKeyDate("", time));
+    EXPECT_EQ(time, before);
+}
+
+TEST(RsaNumberText, HexDigitsAndWordCounts) {
+    std::uint32_t number[130];
+    std::string text(1024, '0');
+    text[1023] = 'F';
+    text[1016] = 'a';
+    text[0] = '8';
+    EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(number, 128, text, 1024), 128u);
+    EXPECT_EQ(number[0], 0xA000000Fu);
+    EXPECT_EQ(number[127], 0x80000000u);
+
+    // Other characters count as nothing; the walk stops after digitCount characters.
+    EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(number, 4, "1-2 3x4", 7), 1u);
+    EXPECT_EQ(number[0], 0x1234u);
+    EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(number, 4, "12345", 3), 1u);
+    EXPECT_EQ(number[0], 0x123u);
+    // Counts follow half the text's length, up to its first zero character.
+    EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(number, 128, std::string(1000, '1'), 1000), 125u);
+    EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(number, 130, std::string("ab\0cd", 5), 5), 1u);
+    EXPECT_EQ(number[0], 0xABu);
+}
+
+TEST(RsaNumberText, BigEndianBytes) {
+    std::uint32_t number[3] = {7, 7, 7};
+    const std::uint8_t bytes[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+    EXPECT_EQ(Zelmarik::DCRSA::NumberFromBytes(number, 3, bytes, 5), 2u);
+    EXPECT_EQ(number[0], 0x02030405u);
+    EXPECT_EQ(number[1], 0x01u);
+    EXPECT_EQ(number[2], 0u);
+    EXPECT_EQ(Zelmarik::DCRSA::NumberFromBytes(number, 2, bytes, 10), 2u);  // low words only
+    EXPECT_EQ(number[0], 0x0708090Au);
+    EXPECT_EQ(number[1], 0x03040506u);
+}
+
+}  // namespace

@@ -1,9 +1,22 @@
 #include "frontend/ExtractionDriver.h"
 
+#include <mutex>
+
 #include "archive/ArchiveExtractRequest.h"
 #include "archive/FileFormatSFX.h"
 #include "frontend/ExtractionParameters.h"
+#include "frontend/LocalizedStrings.h"
 #include "platform/File.h"
+
+std::atomic<IExtractionView*> CurrentView{nullptr};
+std::atomic<ProgressContext*> CurrentProgress{nullptr};
+
+namespace {
+
+// Keeps a Cancel from reaching a context that the worker is freeing.
+std::mutex progressLifetime;
+
+}  // namespace
 
 namespace {
 
@@ -89,11 +102,99 @@ bool RunExtraction() {
     request.passwordGiven = parameters.passwordGiven;
     request.securityKey = parameters.securityKey;
 
-    // The command line path asks nothing and replaces what exists.
     DCCArchiveUserSettings settings;
-    settings.overwriteMode = OVERWRITE_REPLACE;
+    if (parameters.consoleMode) {
+        settings.overwriteMode = OVERWRITE_REPLACE;  // nothing is asked, nothing reports
+    } else {
+        // The worker frees the context when the run is over.
+        if (CurrentProgress.load() == nullptr) {
+            auto* created = new ProgressContext;
+            created->view = CurrentView.load();
+            CurrentProgress.store(created);
+        }
+        ProgressContext* progress = CurrentProgress.load();
+        settings.overwriteMode = OVERWRITE_ASK;
+        for (const std::uint32_t id :
+             {CALLBACK_PROGRESS, CALLBACK_FILE_DONE, CALLBACK_FILE_EXISTS}) {
+            settings.callbackContexts[id] = progress;
+        }
+        settings.onProgress = ReportProgress;
+        settings.onFileDone = ReportFileDone;
+        settings.onFileExists = AskReplaceFile;
+        settings.cancelFlag = &progress->cancelled;
+    }
 
     CreateFolderPath(parameters.targetPath);  // a failure shows up as result 8 later
     DCCFileFormatSFX format;
     return format.ExtractArchive(&request, &settings) == FORMAT_OK;
+}
+
+void ExtractionThreadProc() {
+    const bool extracted = RunExtraction();
+    if (ProgressContext* progress = CurrentProgress.load(); progress != nullptr) {
+        // The archive code ran: the front end ends, whatever the outcome.
+        if (progress->view != nullptr) {
+            progress->view->EndView(extracted);
+        }
+        const std::lock_guard hold(progressLifetime);
+        CurrentProgress.store(nullptr);
+        delete progress;
+        return;
+    }
+    IExtractionView* view = CurrentView.load();
+    if (!extracted && view != nullptr) {
+        view->ShowError(LocalizedStrings.GetLocalizedString(u"IDS_DECOMPRESS_FAILED"),
+                        LocalizedStrings.GetLocalizedString(u"IDS_ERROR"));
+        view->SetControlsBusy(true, false);
+    }
+}
+
+bool CancelCurrentExtraction() {
+    const std::lock_guard hold(progressLifetime);
+    ProgressContext* progress = CurrentProgress.load();
+    if (progress == nullptr) {
+        return false;
+    }
+    progress->cancelled.store(1);
+    return true;
+}
+
+void ReportProgress(std::uint32_t percent, void* context) {
+    const auto* progress = static_cast<ProgressContext*>(context);
+    if (progress != nullptr && progress->view != nullptr) {
+        progress->view->ShowProgress(percent);
+    }
+}
+
+void ReportFileDone(const std::u16string* path, void* context) {
+    const auto* progress = static_cast<ProgressContext*>(context);
+    if (progress == nullptr) {
+        return;
+    }
+    std::u16string text = LocalizedStrings.GetLocalizedString(u"IDS_DECOMPRESSING_FILE");
+    ReplaceFilenameMarker(text, path);
+    if (progress->view != nullptr && !text.empty()) {
+        text.pop_back();  // the closing "!" of every language
+        progress->view->ShowStatus(text);
+    }
+}
+
+OverwriteMode AskReplaceFile(const std::u16string* path, bool*, void*) {
+    IExtractionView* view = CurrentView.load();
+    if (view == nullptr) {
+        return OVERWRITE_SKIP;
+    }
+    std::u16string text = LocalizedStrings.GetLocalizedString(u"IDS_REPLACE_FILE") + u"\r\n";
+    if (path != nullptr) {
+        text += *path;
+    }
+    switch (view->AskReplace(text, LocalizedStrings.GetLocalizedString(u"IDS_QUESTION"))) {
+        case ReplaceAnswer::Yes:
+            return OVERWRITE_REPLACE;
+        case ReplaceAnswer::Cancel:
+            return OVERWRITE_CANCEL;
+        case ReplaceAnswer::No:
+            break;
+    }
+    return OVERWRITE_SKIP;
 }

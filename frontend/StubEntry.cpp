@@ -3,6 +3,7 @@
 #include "frontend/ExtractionDriver.h"
 #include "frontend/ExtractionParameters.h"
 #include "frontend/HelpText.h"
+#include "frontend/InteractiveFrontEnd.h"
 #include "frontend/LocalizedStrings.h"
 #include "platform/Console.h"
 #include "platform/Module.h"
@@ -41,9 +42,8 @@ int RunStub(const CCommandLine& commandLine) {
     } else if (commandLine.FindOption(u"-key") >= 0 && commandLine.FindOption(u"-target") >= 0) {
         ExtractFromCommandLine(commandLine);
     } else {
-        // The interactive front end is not built yet: show how the stub is used.
-        platform::AttachProcessConsole();
-        WriteHelpText();
+        ExtractionParameters.sourcePath = platform::ModulePath();  // "-source" is not read here
+        RunInteractiveFrontEnd();
     }
     return 0;
 }

@@ -49,7 +49,7 @@ TEST(CommandLineOptions, MatchWholeTokensInEitherCaseFirstOneCounts) {
     CCommandLine line;
     line.Parse(u"-KEY first -key second -keys x -Target");
     EXPECT_EQ(line.FindOption(u"-key"), 0);
-    EXPECT_EQ(line.FindOption(u"-target"), 5);
+    EXPECT_EQ(line.FindOption(u"-target"), 6);
     EXPECT_EQ(line.FindOption(u"-ke"), -1);
     EXPECT_EQ(line.FindOption(u"-source"), -1);
 

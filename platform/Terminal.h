@@ -1,0 +1,24 @@
+#pragma once
+// The interactive terminal of POSIX programs: prompts, input without echo, Ctrl-C as a request
+// instead of the end of the process, the width for a progress line.
+
+#include <string>
+
+namespace platform {
+
+// True when standard input and standard output are both terminals.
+bool IsInteractiveTerminal();
+
+// Reads one line from standard input without its line end; with `echo` false the typed
+// characters are not shown. False at the end of input, or when Ctrl-C interrupted the read.
+bool ReadTerminalLine(std::string& line, bool echo);
+
+// From now on Ctrl-C is noted instead of ending the process.
+void CatchInterrupts();
+// True once after each Ctrl-C: the note is cleared by reading it.
+bool TakeInterrupt();
+
+// Columns of the terminal, 80 when unknown.
+int TerminalColumns();
+
+}  // namespace platform

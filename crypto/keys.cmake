@@ -7,4 +7,6 @@ list(APPEND CRYPTO_SOURCES
     rsa/Montgomery.h rsa/Montgomery.cpp
     rsa/NumberTheory.h rsa/NumberTheory.cpp
     rsa/PrivatePower.h rsa/PrivatePower.cpp
-    rsa/Rsa.cpp)
+    rsa/Primes.h rsa/Primes.cpp
+    rsa/Rsa.cpp
+    KeyGeneration.h KeyGeneration.cpp)

@@ -1,3 +1,10 @@
-dcf_test(crypto_keys_tests
-    SOURCES SecurityKeyTest.cpp KeyFileTest.cpp RsaTest.cpp
-    DEPENDS crypto)
+set(CRYPTO_KEYS_TEST_SOURCES SecurityKeyTest.cpp KeyFileTest.cpp RsaTest.cpp KeyGenerationTest.cpp)
+# OpenSSL serves as an oracle where it is at hand: natively.
+if(NOT WIN32)
+    list(APPEND CRYPTO_KEYS_TEST_SOURCES RsaOpenSslTest.cpp)
+endif()
+dcf_test(crypto_keys_tests SOURCES ${CRYPTO_KEYS_TEST_SOURCES} DEPENDS crypto)
+if(NOT WIN32)
+    find_package(OpenSSL REQUIRED)
+    target_link_libraries(crypto_keys_tests PRIVATE OpenSSL::Crypto)
+endif()

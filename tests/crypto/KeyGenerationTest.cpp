@@ -1,0 +1,117 @@
+#include "crypto/KeyGeneration.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "crypto/Rsa.h"
+#include "crypto/SecurityKey.h"
+#include "platform/LocalTime.h"
+#include "platform/SystemRandom.h"
+#include "tests/TestFolder.h"
+
+namespace {
+
+using Zelmarik::DCCSecurityKey;
+using Zelmarik::GeneratedKeyPair;
+using Zelmarik::KeyGenerationResult;
+using Number = std::array<std::uint32_t, Zelmarik::kRsaNumberWords>;
+
+class KeyGenerationTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        pair_ = new GeneratedKeyPair;
+        ASSERT_EQ(Zelmarik::GenerateKeyPair(u"Zo\u00eb \u6771", 3, *pair_),
+                  KeyGenerationResult::Ok);
+    }
+    static void TearDownTestSuite() { delete pair_; }
+
+    static DCCSecurityKey ParsedKey() {
+        DCCSecurityKey key;
+        EXPECT_TRUE(key.ParsePrivateKeyText(pair_->privateKeyText.c_str()));
+        return key;
+    }
+
+    static GeneratedKeyPair* pair_;
+};
+
+GeneratedKeyPair* KeyGenerationTest::pair_ = nullptr;
+
+TEST_F(KeyGenerationTest, PrivateTextReadsBack) {
+    const platform::LocalDateTime before = platform::CurrentLocalTime();
+    const DCCSecurityKey key = ParsedKey();
+    EXPECT_EQ(key.Name, u"Zo\u00eb \u6771");
+    EXPECT_EQ(key.ValidityYears, 3);
+    EXPECT_EQ(key.Created.Year, before.year);  // a test run across New Year's midnight aside
+    EXPECT_GE(key.Created.Month, 1);
+    EXPECT_EQ(key.Expires.Year, key.Created.Year + 3);
+    ASSERT_NE(key.PrivateKey, nullptr);
+    EXPECT_TRUE(key.PrivateKey->HasAllNumbers());
+    // Both primes have exactly 2048 bits with the top two set.
+    EXPECT_EQ(key.PrivateKey->Numbers[0][63] >> 30, 3u);
+    EXPECT_EQ(key.PrivateKey->Numbers[1][63] >> 30, 3u);
+    EXPECT_EQ(key.PrivateKey->Numbers[0][0] & 1, 1u);
+}
+
+TEST_F(KeyGenerationTest, PublicTextIsTheFullModulus) {
+    const std::string& text = pair_->publicKeyText;
+    ASSERT_EQ(text.size(), 1024u);
+    EXPECT_EQ(text.find_first_not_of("0123456789ABCDEF"), std::string::npos);
+    Number n{};
+    EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(n.data(), n.size(), text, text.size()), 128u);
+    EXPECT_GE(n[127], 0x80000000u);
+}
+
+TEST_F(KeyGenerationTest, SealedMessagesOpenWithTheKey) {
+    const DCCSecurityKey key = ParsedKey();
+    Number n{}, e{};
+    Zelmarik::DCRSA::NumberFromHex(n.data(), n.size(), pair_->publicKeyText, 1024);
+    e[0] = Zelmarik::kRsaPublicExponent;
+    for (int i = 0; i < 3; ++i) {
+        Number message{}, sealed{}, opened{};
+        ASSERT_TRUE(platform::SystemRandom(message.data(), 4 * 127));  // top word zero
+        ASSERT_EQ(Zelmarik::NumberModExp(sealed.data(), message.data(), e.data(), n.data()), 0);
+        EXPECT_NE(sealed, message);
+        ASSERT_EQ(
+            Zelmarik::RsaOpenBlock(sealed.data(), opened.data(), key.PrivateKey->Numbers[0].data(),
+                                   key.PrivateKey->Numbers[1].data()),
+            0);
+        EXPECT_EQ(opened, message);
+    }
+}
+
+TEST_F(KeyGenerationTest, FilesAreWrittenOnceUnlessReplaced) {
+    tests::TestFolder folder;
+    const std::u16string privatePath = folder.Path(u"k.privkey");
+    const std::u16string publicPath = folder.Path(u"k.pubkey");
+    ASSERT_EQ(Zelmarik::WriteKeyPairFiles(*pair_, privatePath, publicPath, false), 0u);
+
+    DCCSecurityKey key;
+    ASSERT_EQ(key.PrivateFromFile(privatePath.c_str()), 0u);
+    EXPECT_EQ(key.PrivateKey->Numbers, ParsedKey().PrivateKey->Numbers);
+    std::ifstream publicFile(folder.Native() / "k.pubkey", std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(publicFile), {}), pair_->publicKeyText);
+
+    GeneratedKeyPair other;
+    other.privateKeyText = "other\n";
+    other.publicKeyText = "00";
+    EXPECT_EQ(Zelmarik::WriteKeyPairFiles(other, privatePath, publicPath, false),
+              platform::kErrorFileExists);
+    EXPECT_EQ(key.PrivateFromFile(privatePath.c_str()), 0u);  // untouched
+    EXPECT_EQ(Zelmarik::WriteKeyPairFiles(other, privatePath, publicPath, true), 0u);
+    EXPECT_EQ(key.PrivateFromFile(privatePath.c_str()), 13u);  // replaced by the short text
+}
+
+TEST(KeyGeneration, NamesThatWouldBreakTheFileAreRefused) {
+    GeneratedKeyPair pair;
+    EXPECT_EQ(Zelmarik::GenerateKeyPair(u"two\nlines", -1, pair), KeyGenerationResult::BadName);
+    EXPECT_EQ(Zelmarik::GenerateKeyPair(u"cr\r", -1, pair), KeyGenerationResult::BadName);
+    EXPECT_EQ(Zelmarik::GenerateKeyPair(std::u16string(u"a\0b", 3), -1, pair),
+              KeyGenerationResult::BadName);
+    EXPECT_TRUE(pair.privateKeyText.empty());
+}
+
+}  // namespace

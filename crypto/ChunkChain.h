@@ -1,0 +1,57 @@
+#pragma once
+// The block transform of an entry's data stream. All blocks of one entry form one chain: only
+// the first two bytes of a block (four with 16-byte blocks) are chained, from the ciphertext
+// of the block before, and two whitening bytes are XORed onto them after encryption. Every
+// block passes through all ciphers of the suite, whatever the suite's mode.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "crypto/CipherSuite.h"
+#include "crypto/detail/ResolvedSuite.h"
+
+namespace crypto {
+
+class ChunkChain {
+public:
+    static constexpr std::size_t kIvAreaBytesRead = 16;
+
+    // Chain bytes start as ivArea[0], [4], [8], [12]; the whitening bytes are ivArea[8] and
+    // [12]. Empty for a suite that cannot carry a data stream (empty, unknown, or ciphers of
+    // different block sizes, as suite 13), a schedule too short, or an IV area under 16 bytes.
+    // The schedule is borrowed and must outlive the chain.
+    static std::optional<ChunkChain> Create(std::uint32_t suite,
+                                            std::span<const std::uint8_t> schedule,
+                                            std::span<const std::uint8_t> ivArea);
+
+    ChunkChain(const ChunkChain& other) = default;
+    ChunkChain& operator=(const ChunkChain& other) = default;
+    ~ChunkChain();
+
+    // B: 8 or 16.
+    std::size_t BlockSize() const { return blockSize_; }
+
+    // Starts the chain afresh, as for the first block of a new entry.
+    void Restart();
+
+    // Whole blocks of `blocks` in place, in order; a tail shorter than a block stays.
+    void EncryptBlocks(std::span<std::uint8_t> blocks);
+    void DecryptBlocks(std::span<std::uint8_t> blocks);
+
+private:
+    ChunkChain() = default;
+
+    // Bytes of a block that take part: 2 for 8-byte blocks, 4 for 16-byte blocks.
+    std::size_t ChainedBytes() const { return blockSize_ == 16 ? 4 : 2; }
+
+    detail::ResolvedSuite suite_{};
+    std::size_t blockSize_ = 0;
+    std::array<std::uint8_t, 4> initialChain_{};
+    std::array<std::uint8_t, 4> chain_{};
+    std::array<std::uint8_t, 4> whitening_{};
+};
+
+}  // namespace crypto

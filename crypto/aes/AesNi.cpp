@@ -1,0 +1,129 @@
+// AES-256 with the AES-NI instructions: no table lookups, and up to eight blocks in flight so
+// that independent blocks fill the pipeline of the AES unit. The only file built with -maes.
+
+#include <immintrin.h>
+
+#include "crypto/detail/AesLayout.h"
+#include "platform/SecureMemory.h"
+
+namespace crypto::detail {
+namespace {
+
+constexpr std::size_t kLanes = 8;
+
+__m128i Load(const std::uint8_t* p) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+void Store(std::uint8_t* p, __m128i v) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+}
+
+// XOR of a word into all words above it: the running sum of the key expansion.
+__m128i SpreadWords(__m128i v) {
+    v = _mm_xor_si128(v, _mm_slli_si128(v, 4));
+    v = _mm_xor_si128(v, _mm_slli_si128(v, 4));
+    return _mm_xor_si128(v, _mm_slli_si128(v, 4));
+}
+
+// The even round key: RotWord, SubWord and the round constant on the last word of `odd`.
+template <int RoundConstant>
+__m128i NextEvenKey(__m128i even, __m128i odd) {
+    const __m128i assist = _mm_aeskeygenassist_si128(odd, RoundConstant);
+    return _mm_xor_si128(SpreadWords(even), _mm_shuffle_epi32(assist, 0xFF));
+}
+
+// The odd round key: SubWord alone on the last word of `even`.
+__m128i NextOddKey(__m128i odd, __m128i even) {
+    const __m128i assist = _mm_aeskeygenassist_si128(even, 0);
+    return _mm_xor_si128(SpreadWords(odd), _mm_shuffle_epi32(assist, 0xAA));
+}
+
+struct RoundKeys {
+    __m128i key[kAesRounds + 1];
+};
+
+RoundKeys LoadKeys(const std::uint8_t* keys) {
+    RoundKeys loaded;
+    for (int round = 0; round <= kAesRounds; ++round) {
+        loaded.key[round] = Load(keys + 16 * round);
+    }
+    return loaded;
+}
+
+template <bool Decrypt>
+__m128i Round(__m128i state, __m128i key) {
+    return Decrypt ? _mm_aesdec_si128(state, key) : _mm_aesenc_si128(state, key);
+}
+
+template <bool Decrypt>
+__m128i LastRound(__m128i state, __m128i key) {
+    return Decrypt ? _mm_aesdeclast_si128(state, key) : _mm_aesenclast_si128(state, key);
+}
+
+template <bool Decrypt>
+void TransformBlocks(const std::uint8_t* keyBytes, std::uint8_t* blocks, std::size_t count) {
+    const RoundKeys keys = LoadKeys(keyBytes);
+    for (; count >= kLanes; count -= kLanes, blocks += 16 * kLanes) {
+        __m128i state[kLanes];
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            state[lane] = _mm_xor_si128(Load(blocks + 16 * lane), keys.key[0]);
+        }
+        for (int round = 1; round < kAesRounds; ++round) {
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                state[lane] = Round<Decrypt>(state[lane], keys.key[round]);
+            }
+        }
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            Store(blocks + 16 * lane, LastRound<Decrypt>(state[lane], keys.key[kAesRounds]));
+        }
+    }
+    for (; count > 0; --count, blocks += 16) {
+        __m128i state = _mm_xor_si128(Load(blocks), keys.key[0]);
+        for (int round = 1; round < kAesRounds; ++round) {
+            state = Round<Decrypt>(state, keys.key[round]);
+        }
+        Store(blocks, LastRound<Decrypt>(state, keys.key[kAesRounds]));
+    }
+}
+
+}  // namespace
+
+void AesNiExpandKey(const std::uint8_t* key, std::uint8_t* schedule) {
+    __m128i k[kAesRounds + 1];
+    k[0] = Load(key);
+    k[1] = Load(key + 16);
+    k[2] = NextEvenKey<0x01>(k[0], k[1]);
+    k[3] = NextOddKey(k[1], k[2]);
+    k[4] = NextEvenKey<0x02>(k[2], k[3]);
+    k[5] = NextOddKey(k[3], k[4]);
+    k[6] = NextEvenKey<0x04>(k[4], k[5]);
+    k[7] = NextOddKey(k[5], k[6]);
+    k[8] = NextEvenKey<0x08>(k[6], k[7]);
+    k[9] = NextOddKey(k[7], k[8]);
+    k[10] = NextEvenKey<0x10>(k[8], k[9]);
+    k[11] = NextOddKey(k[9], k[10]);
+    k[12] = NextEvenKey<0x20>(k[10], k[11]);
+    k[13] = NextOddKey(k[11], k[12]);
+    k[14] = NextEvenKey<0x40>(k[12], k[13]);
+
+    std::uint8_t* encryptKeys = schedule + kAesEncryptKeysOffset;
+    std::uint8_t* decryptKeys = schedule + kAesDecryptKeysOffset;
+    for (int round = 0; round <= kAesRounds; ++round) {
+        Store(encryptKeys + 16 * round, k[round]);
+        const __m128i mirrored = k[kAesRounds - round];
+        const bool outer = round == 0 || round == kAesRounds;
+        Store(decryptKeys + 16 * round, outer ? mirrored : _mm_aesimc_si128(mirrored));
+    }
+    platform::SecureWipe(k, sizeof(k));
+}
+
+void AesNiEncryptBlocks(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count) {
+    TransformBlocks<false>(schedule + kAesEncryptKeysOffset, blocks, count);
+}
+
+void AesNiDecryptBlocks(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count) {
+    TransformBlocks<true>(schedule + kAesDecryptKeysOffset, blocks, count);
+}
+
+}  // namespace crypto::detail

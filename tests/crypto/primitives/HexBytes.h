@@ -1,0 +1,50 @@
+#pragma once
+// Hex text to bytes and back, for vectors written as the standards print them.
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace crypto::test {
+
+inline std::vector<std::uint8_t> FromHex(std::string_view hex) {
+    auto nibble = [](char c) -> std::uint8_t {
+        if (c >= '0' && c <= '9') {
+            return static_cast<std::uint8_t>(c - '0');
+        }
+        return static_cast<std::uint8_t>((c | 0x20) - 'a' + 10);
+    };
+    std::vector<std::uint8_t> bytes;
+    std::uint8_t high = 0;
+    bool haveHigh = false;
+    for (const char c : hex) {
+        if (c == ' ') {
+            continue;
+        }
+        if (haveHigh) {
+            bytes.push_back(static_cast<std::uint8_t>((high << 4) | nibble(c)));
+        } else {
+            high = nibble(c);
+        }
+        haveHigh = !haveHigh;
+    }
+    return bytes;
+}
+
+inline std::string ToHex(std::span<const std::uint8_t> bytes) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string text;
+    for (const std::uint8_t b : bytes) {
+        text += kDigits[b >> 4];
+        text += kDigits[b & 15];
+    }
+    return text;
+}
+
+inline std::span<const std::uint8_t> AsBytes(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+}  // namespace crypto::test

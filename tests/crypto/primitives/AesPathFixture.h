@@ -6,6 +6,7 @@
 
 #include <iostream>
 #include <string>
+#include <tuple>
 
 #include "crypto/CpuFeatures.h"
 
@@ -21,20 +22,29 @@ inline void SelectAesPath(AesPath path) {
     SetAesNiDisabled(path == AesPath::Tables);
 }
 
-// Call from SetUp; false means the test must skip.
-inline bool AesPathAvailable(AesPath path) {
-    return path == AesPath::Tables || CpuHasAesNi();
+inline AesPath PathOf(AesPath path) {
+    return path;
 }
 
-class AesPathTest : public testing::TestWithParam<AesPath> {
+template <typename T>
+AesPath PathOf(const std::tuple<T, AesPath>& param) {
+    return std::get<1>(param);
+}
+
+// Parameters: an AesPath, or a tuple whose second element is one.
+template <typename Param>
+class AesPathTestWith : public testing::TestWithParam<Param> {
 protected:
     void SetUp() override {
-        if (!AesPathAvailable(GetParam())) {
+        const AesPath path = PathOf(this->GetParam());
+        if (path == AesPath::AesNi && !CpuHasAesNi()) {
             GTEST_SKIP() << "no AES-NI on this processor";
         }
-        SelectAesPath(GetParam());
+        SelectAesPath(path);
     }
     void TearDown() override { SetAesNiDisabled(false); }
 };
+
+using AesPathTest = AesPathTestWith<AesPath>;
 
 }  // namespace crypto::test

@@ -93,16 +93,7 @@ std::vector<std::uint8_t> RandomBytes(std::mt19937& random, std::size_t count) {
     return bytes;
 }
 
-class CipherVectors : public testing::TestWithParam<std::tuple<CipherVector, AesPath>> {
-protected:
-    void SetUp() override {
-        if (!test::AesPathAvailable(std::get<1>(GetParam()))) {
-            GTEST_SKIP() << "no AES-NI on this processor";
-        }
-        test::SelectAesPath(std::get<1>(GetParam()));
-    }
-    void TearDown() override { SetAesNiDisabled(false); }
-};
+class CipherVectors : public test::AesPathTestWith<std::tuple<CipherVector, AesPath>> {};
 
 TEST_P(CipherVectors, EncryptsAndDecryptsThePublishedBlock) {
     const CipherVector& v = std::get<0>(GetParam());
@@ -119,15 +110,8 @@ INSTANTIATE_TEST_SUITE_P(Published, CipherVectors,
                          testing::Combine(testing::ValuesIn(kVectors),
                                           testing::Values(AesPath::Tables, AesPath::AesNi)));
 
-class EveryCipher : public testing::TestWithParam<std::tuple<std::uint32_t, AesPath>> {
+class EveryCipher : public test::AesPathTestWith<std::tuple<std::uint32_t, AesPath>> {
 protected:
-    void SetUp() override {
-        if (!test::AesPathAvailable(std::get<1>(GetParam()))) {
-            GTEST_SKIP() << "no AES-NI on this processor";
-        }
-        test::SelectAesPath(std::get<1>(GetParam()));
-    }
-    void TearDown() override { SetAesNiDisabled(false); }
     std::uint32_t Cipher() const { return std::get<0>(GetParam()); }
 };
 

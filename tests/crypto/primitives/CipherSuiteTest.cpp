@@ -1,0 +1,216 @@
+// The suite tables, schedule layout and the region operations, against small cases worked out
+// from the chaining rule with the bare block operations.
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <vector>
+
+#include "crypto/CipherSuite.h"
+
+namespace crypto {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes RandomBytes(std::mt19937& random, std::size_t count) {
+    Bytes bytes(count);
+    for (auto& b : bytes) {
+        b = static_cast<std::uint8_t>(random());
+    }
+    return bytes;
+}
+
+// A schedule block set up for `suite` from random key material.
+struct Keyed {
+    Bytes key;
+    Bytes schedule = Bytes(kScheduleBlockSize);
+
+    Keyed(std::uint32_t suite, std::mt19937& random) : key(RandomBytes(random, 128)) {
+        EXPECT_TRUE(SuiteInit(suite, key, schedule));
+    }
+    std::span<const std::uint8_t> At(std::size_t offset) const {
+        return std::span(schedule).subspan(offset);
+    }
+};
+
+void XorInto(std::span<std::uint8_t> target, std::span<const std::uint8_t> source) {
+    for (std::size_t i = 0; i < target.size(); ++i) {
+        target[i] ^= source[i];
+    }
+}
+
+TEST(SuiteTables, SizesFollowTheRows) {
+    EXPECT_EQ(CipherTable().back().id, 0u);
+    EXPECT_EQ(SuiteKeySize(14), 32u + 56u + 32u);
+    EXPECT_EQ(SuiteScheduleSize(16), kScheduleBlockSize);
+    EXPECT_EQ(SuiteMaxKeySize(), 64u);
+    EXPECT_EQ(SuiteLastCipher(18), kCipherSerpent);
+    EXPECT_EQ(SuiteBlockSize(13), 8u);
+    EXPECT_EQ(SuiteBlockSize(kSuiteAes), 16u);
+    for (const std::uint32_t empty : {0u, 10u, 11u, 12u, 20u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(SuiteKeySize(empty), 0u) << "suite " << empty;
+        EXPECT_EQ(SuiteLastCipher(empty), 0u) << "suite " << empty;
+    }
+    EXPECT_EQ(CipherBlockSize(10), 0u);  // IDEA lies behind the terminator
+}
+
+TEST(SuiteInit, LaysTheSchedulesOneBehindTheOther) {
+    std::mt19937 random(1);
+    const Keyed keyed(16, random);  // Serpent, Twofish, AES
+    std::size_t keyOffset = 0;
+    std::size_t scheduleOffset = 0;
+    for (const std::uint32_t cipher : {kCipherSerpent, kCipherTwofish, kCipherAes}) {
+        Bytes alone(kScheduleBlockSize);
+        ASSERT_TRUE(CipherInit(cipher, std::span(keyed.key).subspan(keyOffset), alone));
+        const std::size_t size = CipherScheduleSize(cipher);
+        EXPECT_TRUE(std::equal(alone.begin(), alone.begin() + size,
+                               keyed.schedule.begin() + scheduleOffset))
+            << "cipher " << cipher;
+        keyOffset += CipherKeySize(cipher);
+        scheduleOffset += size;
+    }
+}
+
+TEST(SuiteInit, RefusesEmptySuitesShortKeysAndShortSchedules) {
+    const Bytes key(128, 7);
+    Bytes schedule(kScheduleBlockSize, 0xEE);
+    for (const std::uint32_t suite : {0u, 10u, 11u, 12u, 20u}) {
+        EXPECT_FALSE(SuiteInit(suite, key, schedule)) << "suite " << suite;
+    }
+    EXPECT_FALSE(SuiteInit(14, std::span(key).first(119), schedule));
+    EXPECT_FALSE(SuiteInit(16, key, std::span(schedule).first(kScheduleBlockSize - 1)));
+    EXPECT_TRUE(std::all_of(schedule.begin(), schedule.end(), [](auto b) { return b == 0xEE; }));
+    EXPECT_TRUE(SuiteInit(14, std::span(key).first(120), schedule));
+}
+
+class Region : public testing::Test {
+protected:
+    std::mt19937 random{42};
+    Bytes iv = RandomBytes(random, 16);
+    Bytes whitening = RandomBytes(random, 8);
+
+    Bytes Encrypted(std::uint32_t suite, const Keyed& keyed, Bytes data) {
+        EXPECT_TRUE(RegionEncrypt(data, keyed.schedule, iv, whitening, suite));
+        return data;
+    }
+};
+
+TEST_F(Region, ChainsBlocksAndWhitensWhatIsStoredWith16ByteBlocks) {
+    const Keyed keyed(kSuiteAes, random);
+    const Bytes plain = RandomBytes(random, 32);
+
+    Bytes expected = plain;
+    const auto first = std::span(expected).first(16);
+    const auto second = std::span(expected).subspan(16);
+    XorInto(first, iv);
+    CipherEncryptBlock(kCipherAes, first, keyed.schedule);
+    XorInto(second, first);  // the chain takes the block before whitening
+    CipherEncryptBlock(kCipherAes, second, keyed.schedule);
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        expected[i] ^= whitening[i % 8];  // bytes 0-7 and 8-15 of each block
+    }
+    EXPECT_EQ(Encrypted(kSuiteAes, keyed, plain), expected);
+}
+
+TEST_F(Region, ReadsEightBytesOfIvAndWhitensOnceWith8ByteBlocks) {
+    const Keyed keyed(5, random);  // Blowfish
+    const Bytes plain = RandomBytes(random, 16);
+
+    Bytes expected = plain;
+    const auto first = std::span(expected).first(8);
+    const auto second = std::span(expected).subspan(8);
+    XorInto(first, std::span(iv).first(8));
+    CipherEncryptBlock(kCipherBlowfish, first, keyed.schedule);
+    XorInto(second, first);
+    CipherEncryptBlock(kCipherBlowfish, second, keyed.schedule);
+    XorInto(first, whitening);
+    XorInto(second, whitening);
+    EXPECT_EQ(Encrypted(5, keyed, plain), expected);
+
+    iv[8] ^= 0xFF;  // beyond the block: not read
+    EXPECT_EQ(Encrypted(5, keyed, plain), expected);
+}
+
+TEST_F(Region, Mode2PassesEachBlockThroughAllCiphersInRowOrder) {
+    const Keyed keyed(17, random);  // AES, Serpent
+    const auto serpentSchedule = keyed.At(CipherScheduleSize(kCipherAes));
+    const Bytes plain = RandomBytes(random, 32);
+
+    Bytes expected = plain;
+    Bytes chain = iv;
+    for (std::size_t offset = 0; offset < expected.size(); offset += 16) {
+        const auto block = std::span(expected).subspan(offset, 16);
+        XorInto(block, chain);
+        CipherEncryptBlock(kCipherAes, block, keyed.schedule);
+        CipherEncryptBlock(kCipherSerpent, block, serpentSchedule);
+        chain.assign(block.begin(), block.end());
+        for (std::size_t i = 0; i < 16; ++i) {
+            block[i] ^= whitening[i % 8];
+        }
+    }
+    EXPECT_EQ(Encrypted(17, keyed, plain), expected);
+}
+
+// Modes 1 and 3 run one whole pass per cipher, each with its own block size and the chain
+// restarted at the IV: suite 13 is a Blowfish region followed by an AES region.
+TEST_F(Region, Mode3RunsOnePassPerCipherEachFromTheIv) {
+    const Keyed keyed(13, random);
+    Bytes blowfishOnly(kScheduleBlockSize);
+    Bytes aesOnly(kScheduleBlockSize);
+    ASSERT_TRUE(SuiteInit(5, keyed.key, blowfishOnly));
+    ASSERT_TRUE(SuiteInit(kSuiteAes, std::span(keyed.key).subspan(56), aesOnly));
+    const Bytes plain = RandomBytes(random, 48);
+
+    Bytes expected = plain;
+    ASSERT_TRUE(RegionEncrypt(expected, blowfishOnly, iv, whitening, 5));
+    ASSERT_TRUE(RegionEncrypt(expected, aesOnly, iv, whitening, kSuiteAes));
+    EXPECT_EQ(Encrypted(13, keyed, plain), expected);
+}
+
+TEST_F(Region, LeavesEmptyRegionsAndShortTailsUnchanged) {
+    const Keyed keyed(kSuiteAes, random);
+    Bytes empty;
+    EXPECT_TRUE(RegionEncrypt(empty, keyed.schedule, iv, whitening, kSuiteAes));
+
+    const Bytes plain = RandomBytes(random, 20);
+    const Bytes encrypted = Encrypted(kSuiteAes, keyed, plain);
+    EXPECT_TRUE(std::equal(plain.begin() + 16, plain.end(), encrypted.begin() + 16));
+    EXPECT_FALSE(std::equal(plain.begin(), plain.begin() + 16, encrypted.begin()));
+}
+
+TEST_F(Region, RestartsAtTheIvForEveryRegion) {
+    const Keyed keyed(kSuiteAes, random);
+    const Bytes twoEqualBlocks(32, 0x61);
+    const Bytes first = Encrypted(kSuiteAes, keyed, twoEqualBlocks);
+    EXPECT_EQ(Encrypted(kSuiteAes, keyed, twoEqualBlocks), first);
+    EXPECT_FALSE(std::equal(first.begin(), first.begin() + 16, first.begin() + 16));
+}
+
+TEST_F(Region, DecryptionUndoesEncryptionForEverySuite) {
+    for (const std::uint32_t suite : {1, 2, 3, 4, 5, 6, 7, 8, 9, 13, 14, 15, 16, 17, 18, 19}) {
+        const Keyed keyed(suite, random);
+        const Bytes plain = RandomBytes(random, 96);
+        Bytes data = Encrypted(suite, keyed, plain);
+        ASSERT_NE(data, plain) << "suite " << suite;
+        ASSERT_TRUE(RegionDecrypt(data, keyed.schedule, iv, whitening, suite));
+        EXPECT_EQ(data, plain) << "suite " << suite;
+    }
+}
+
+TEST_F(Region, RefusesWhatItCannotTransformAndLeavesTheBuffer) {
+    const Keyed keyed(16, random);
+    const Bytes plain = RandomBytes(random, 32);
+    Bytes data = plain;
+    for (const std::uint32_t suite : {0u, 10u, 11u, 12u, 20u}) {
+        EXPECT_FALSE(RegionEncrypt(data, keyed.schedule, iv, whitening, suite));
+        EXPECT_FALSE(RegionDecrypt(data, keyed.schedule, iv, whitening, suite));
+    }
+    EXPECT_FALSE(RegionEncrypt(data, std::span(keyed.schedule).first(5000), iv, whitening, 16));
+    EXPECT_FALSE(RegionEncrypt(data, keyed.schedule, std::span(iv).first(15), whitening, 16));
+    EXPECT_FALSE(RegionEncrypt(data, keyed.schedule, iv, std::span(whitening).first(7), 16));
+    EXPECT_EQ(data, plain);
+}
+
+}  // namespace
+}  // namespace crypto

@@ -1,7 +1,366 @@
 #include "archive/DcfReader.h"
 
-FormatResult ReadArchiveBody(platform::File&, ArchiveExtractRequest&, DCCArchiveUserSettings&,
-                             std::vector<std::u16string>&, DCIFileFormatCallback*) {
-    // The reader of the image body is not built yet: every image is refused.
-    return FORMAT_FAILED;
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <new>
+#include <optional>
+
+#include "Common/DataCategory/CategoryContainer.h"
+#include "Shared/Tagger/Tagger.h"
+#include "archive/ArchiveExtractRequest.h"
+#include "archive/ArchiveNames.h"
+#include "archive/BufferedIo.h"
+#include "archive/DataStream.h"
+#include "archive/DcfRecords.h"
+#include "archive/FileFormat.h"
+#include "archive/KeyContext.h"
+
+namespace {
+
+// What an entry leaves the run with.
+struct EntryOutcome {
+    enum Kind { Next, LeaveLoop, EndRun } kind = Next;
+    FormatResult result = FORMAT_OK;
+};
+
+constexpr EntryOutcome kNextEntry{};
+EntryOutcome EndRunWith(FormatResult result) {
+    return {EntryOutcome::EndRun, result};
+}
+
+// Reads a record of `size` bytes that the image promises; false when fewer remain, so that a
+// hostile length never makes us allocate what the file can't hold.
+bool ReadPromised(BufferedReader& source, std::uint64_t size, std::vector<std::uint8_t>& out) {
+    if (size > std::numeric_limits<std::uint32_t>::max() || size > source.Remaining()) {
+        return false;
+    }
+    out.resize(static_cast<std::size_t>(size));
+    return source.Read(out);
+}
+
+class ArchiveBodyReader {
+public:
+    ArchiveBodyReader(platform::File& stream, ArchiveExtractRequest& request,
+                      DCCArchiveUserSettings& settings, std::vector<std::u16string>& extractedFiles,
+                      DCIFileFormatCallback* callback)
+        : source_(stream),
+          request_(request),
+          settings_(settings),
+          extractedFiles_(extractedFiles),
+          callback_(callback) {}
+
+    FormatResult Run();
+
+private:
+    FormatResult SkipPreamble();
+    FormatResult OpenKeys();
+    FormatResult ReadFolderHeader();
+    // The folders created and the files to extract; nothing when the block is short.
+    std::optional<FormatResult> ReadNames(dcf::NameLists& names);
+    void CreateFolders(std::vector<std::u16string> folders);
+    EntryOutcome ExtractEntry(const std::u16string& name);
+    // Whether `target` may be replaced; nothing when the run ends with that result.
+    std::optional<bool> DecideOnExisting(const std::u16string& target, FormatResult& result);
+    FormatResult RunDataStream(BufferedWriter* target, std::uint64_t size, bool skip);
+    void CarryOutPendingReplacement();
+
+    void ReportWriting(const std::u16string& path, bool skipped) {
+        if (settings_.onFileWriting != nullptr) {
+            settings_.onFileWriting(&path, skipped, settings_.Context(CALLBACK_FILE_WRITING));
+        }
+    }
+
+    BufferedReader source_;
+    ArchiveExtractRequest& request_;
+    DCCArchiveUserSettings& settings_;
+    std::vector<std::u16string>& extractedFiles_;
+    DCIFileFormatCallback* callback_;
+
+    KeyContextPtr keys_;
+    dcf::FolderHeader header_;
+    std::optional<DataStreamReader> streams_;
+    std::u16string targetRoot_;
+    std::uint64_t processed_ = 0;
+    std::u16string pendingReplacement_;
+};
+
+FormatResult ArchiveBodyReader::SkipPreamble() {
+    std::array<std::uint8_t, dcf::kPreambleHeadSize> head{};
+    if (!source_.Read(head) || !dcf::HasSignature(head)) {
+        return FORMAT_FAILED;
+    }
+    const std::uint32_t length = dcf::DecodePreambleLength(
+        std::span<const std::uint8_t, 4>(head.data() + dcf::kSignatureSize, 4));
+    if (length == 0) {
+        return FORMAT_OK;
+    }
+    std::vector<std::uint8_t> preamble;
+    if (!ReadPromised(source_, length, preamble)) {
+        return FORMAT_FAILED;
+    }
+    // The categories of the whole archive are parsed and dropped: extraction takes each file's
+    // own, and a damaged preamble is no reason to refuse the archive.
+    if (const auto categories = dcf::PreambleCategoryBytes(preamble)) {
+        Zelmarik::CCategoryContainer container;
+        Zelmarik::ReadCategoryBlock(*categories, container);
+    }
+    return FORMAT_OK;
+}
+
+FormatResult ArchiveBodyReader::OpenKeys() {
+    dcf::KeyBlock keyBlock{};
+    if (!source_.Read(keyBlock)) {
+        return FORMAT_FAILED;
+    }
+    const auto password = dcf::PasswordBytes(request_.password);
+    if (!password) {
+        return FORMAT_BAD_KEY;  // longer than the format has room for: no archive opens with it
+    }
+    const Zelmarik::DCCSecurityKey& key = request_.securityKey;
+    const bool hasPrimes = (key.Flags & Zelmarik::KeyHasPrivate) != 0 && key.PrivateKey &&
+                           key.PrivateKey->HasAllNumbers();
+    const std::uint32_t* prime1 = hasPrimes ? key.PrivateKey->Numbers[0].data() : nullptr;
+    const std::uint32_t* prime2 = hasPrimes ? key.PrivateKey->Numbers[1].data() : nullptr;
+    switch (OpenKeyBlock(keyBlock, *password, keys_, prime1, prime2)) {
+        case kKeyBlockOpened:
+            return FORMAT_OK;
+        case kKeyBlockRefused:
+            return FORMAT_BAD_KEY;
+        default:
+            return FORMAT_FAILED;
+    }
+}
+
+FormatResult ArchiveBodyReader::ReadFolderHeader() {
+    std::array<std::uint8_t, dcf::kFolderHeaderSize> record{};
+    if (!source_.Read(record) || !DecryptRegion(*keys_, record)) {
+        return FORMAT_FAILED;
+    }
+    const auto header = dcf::DecodeFolderHeader(record);
+    if (!header) {
+        return FORMAT_FAILED;
+    }
+    header_ = *header;
+    if (dcf::HasEndOfHeaderBlock(header_.formatVersion)) {
+        std::array<std::uint8_t, dcf::kEndOfHeaderSize> end{};
+        if (!source_.Read(end) || !DecryptRegion(*keys_, end) || !dcf::IsEndOfHeader(end)) {
+            return FORMAT_FAILED;
+        }
+    }
+    return FORMAT_OK;
+}
+
+std::optional<FormatResult> ArchiveBodyReader::ReadNames(dcf::NameLists& names) {
+    if (header_.nameBlockLength > std::numeric_limits<std::uint32_t>::max()) {
+        return FORMAT_FAILED;
+    }
+    std::vector<std::uint8_t> block;
+    if (!ReadPromised(source_, header_.nameBlockLength, block)) {
+        return std::nullopt;
+    }
+    if (!DecryptRegion(*keys_, block)) {
+        return FORMAT_FAILED;
+    }
+    auto lists = dcf::ParseNameBlock(block, header_.folderCount, header_.fileCount);
+    if (!lists) {
+        return FORMAT_FAILED;
+    }
+    // Every name is judged before anything is written.
+    const auto safe = [](const std::u16string& name) { return IsSafeArchiveName(name); };
+    if (!std::all_of(lists->folders.begin(), lists->folders.end(), safe) ||
+        !std::all_of(lists->files.begin(), lists->files.end(), safe)) {
+        return FORMAT_FAILED;
+    }
+    names = std::move(*lists);
+    return FORMAT_OK;
+}
+
+void ArchiveBodyReader::CreateFolders(std::vector<std::u16string> folders) {
+    // Code unit order puts every folder in front of what lies in it.
+    std::sort(folders.begin(), folders.end());
+    for (const auto& folder : folders) {
+        if (!PassesThroughLink(targetRoot_, folder)) {
+            platform::MakeDirectory(JoinArchiveName(targetRoot_, folder));  // failures ignored
+        }
+    }
+}
+
+std::optional<bool> ArchiveBodyReader::DecideOnExisting(const std::u16string& target,
+                                                        FormatResult& result) {
+    platform::File probe;
+    if (probe.Open(target, platform::OpenMode::Read) != platform::kErrorSuccess) {
+        return true;  // nothing there to decide about
+    }
+    probe.Close();
+    OverwriteMode decision = settings_.overwriteMode;
+    if (decision == OVERWRITE_ASK) {
+        if (settings_.onFileExists == nullptr) {
+            decision = OVERWRITE_CANCEL;
+        } else {
+            bool unused = false;
+            decision =
+                settings_.onFileExists(&target, &unused, settings_.Context(CALLBACK_FILE_EXISTS));
+        }
+    }
+    if (decision == OVERWRITE_CANCEL) {
+        result = FORMAT_CANCELLED;
+        return std::nullopt;
+    }
+    return decision != OVERWRITE_SKIP;
+}
+
+FormatResult ArchiveBodyReader::RunDataStream(BufferedWriter* target, std::uint64_t size,
+                                              bool skip) {
+    try {
+        return dcf::UsesChunks(header_.formatVersion)
+                   ? streams_->ReadDataStream(target, size, processed_, skip)
+                   : streams_->ReadLegacyDataStream(target, size, processed_, skip);
+    } catch (...) {
+        return FORMAT_FAILED;
+    }
+}
+
+EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
+    if (settings_.IsCancelled()) {
+        return EndRunWith(FORMAT_CANCELLED);
+    }
+    std::array<std::uint8_t, dcf::kFileHeaderSize> record{};
+    std::optional<dcf::FileHeader> header;
+    if (source_.Read(record) && DecryptRegion(*keys_, record)) {
+        header = dcf::DecodeFileHeader(record);
+    }
+    if (!header) {
+        return {EntryOutcome::LeaveLoop, FORMAT_FAILED};
+    }
+    Zelmarik::CCategoryContainer categories;
+    if (dcf::ReadsTagBlock(header_.formatVersion) && header->tagFlag != 0) {
+        std::vector<std::uint8_t> tagBlock;
+        if (!ReadPromised(source_, header->tagBlockLength, tagBlock) ||
+            !DecryptRegion(*keys_, tagBlock)) {
+            return {EntryOutcome::LeaveLoop, FORMAT_FAILED};
+        }
+        Zelmarik::ReadCategoryBlock(tagBlock, categories);  // a damaged block tags nothing
+    }
+
+    std::u16string target = JoinArchiveName(targetRoot_, name);
+    if (FoldCase(target) == FoldCase(request_.sourcePath)) {
+        // The archive holds a file that replaces the archive itself: it goes to a temporary
+        // file first and takes the archive's place at the end of the run.
+        const std::size_t separator = target.find_last_of(platform::kPathSeparator);
+        const std::u16string folder =
+            separator == std::u16string::npos ? std::u16string() : target.substr(0, separator);
+        if (platform::CreateTempFile(folder, u"st", target) != platform::kErrorSuccess) {
+            return EndRunWith(FORMAT_TARGET_OPEN_FAILED);
+        }
+        platform::RemoveFile(target);
+        pendingReplacement_ = target;
+    } else {
+        FormatResult ended = FORMAT_OK;
+        const std::optional<bool> replace = DecideOnExisting(target, ended);
+        if (!replace) {
+            return EndRunWith(ended);
+        }
+        if (!*replace) {
+            ReportWriting(target, true);
+            const FormatResult skipped = RunDataStream(nullptr, header->size, true);
+            if (skipped != FORMAT_OK) {
+                return EndRunWith(skipped);
+            }
+            processed_ += header->size;
+            return kNextEntry;
+        }
+    }
+
+    ReportWriting(target, false);
+    platform::File file;
+    if (PassesThroughLink(targetRoot_, name) ||
+        file.Open(target, platform::OpenMode::CreateAlways) != platform::kErrorSuccess) {
+        return EndRunWith(FORMAT_TARGET_OPEN_FAILED);
+    }
+    {
+        BufferedWriter writer(file);
+        const FormatResult written = RunDataStream(&writer, header->size, false);
+        if (written != FORMAT_OK) {
+            return EndRunWith(written);
+        }
+    }
+    processed_ += header->size;
+    file.Close();
+
+    if (header->tagFlag != 0) {
+        try {
+            Zelmarik::CTagger::WriteThrow(target.c_str(), categories, nullptr);
+        } catch (const Zelmarik::TaggerException&) {
+            // The file stays extracted without its categories.
+        }
+    }
+    extractedFiles_.push_back(target);
+    if (settings_.onFileDone != nullptr) {
+        settings_.onFileDone(&target, settings_.Context(CALLBACK_FILE_DONE));
+    }
+    if (callback_ != nullptr) {
+        callback_->OnFileExtracted(target);
+    }
+    return kNextEntry;
+}
+
+void ArchiveBodyReader::CarryOutPendingReplacement() {
+    if (pendingReplacement_.empty()) {
+        return;
+    }
+    platform::RemoveFile(request_.sourcePath);
+    if (platform::MoveFileNoReplace(pendingReplacement_, request_.sourcePath) !=
+        platform::kErrorSuccess) {
+        platform::RemoveFile(pendingReplacement_);
+    }
+}
+
+FormatResult ArchiveBodyReader::Run() {
+    for (const auto step : {&ArchiveBodyReader::SkipPreamble, &ArchiveBodyReader::OpenKeys,
+                            &ArchiveBodyReader::ReadFolderHeader}) {
+        if (const FormatResult result = (this->*step)(); result != FORMAT_OK) {
+            return result;
+        }
+    }
+    targetRoot_ = TargetRoot(request_.targetPath);
+    dcf::NameLists names;
+    const std::optional<FormatResult> named = ReadNames(names);
+    if (!named) {
+        return FORMAT_OK;  // a name block cut short: nothing to extract
+    }
+    if (*named != FORMAT_OK) {
+        return *named;
+    }
+    CreateFolders(std::move(names.folders));
+    streams_.emplace(source_, *keys_, settings_, header_.totalSize);
+
+    FormatResult failure = FORMAT_OK;
+    for (const auto& name : names.files) {
+        const EntryOutcome outcome = ExtractEntry(name);
+        if (outcome.kind == EntryOutcome::EndRun) {
+            return outcome.result;
+        }
+        if (outcome.kind == EntryOutcome::LeaveLoop) {
+            failure = outcome.result;
+            break;
+        }
+    }
+    CarryOutPendingReplacement();
+    return failure;
+}
+
+}  // namespace
+
+FormatResult ReadArchiveBody(platform::File& stream, ArchiveExtractRequest& request,
+                             DCCArchiveUserSettings& settings,
+                             std::vector<std::u16string>& extractedFiles,
+                             DCIFileFormatCallback* callback) {
+    extractedFiles.clear();
+    try {
+        ArchiveBodyReader reader(stream, request, settings, extractedFiles, callback);
+        return reader.Run();
+    } catch (const std::bad_alloc&) {
+        return FORMAT_FAILED;
+    }
 }

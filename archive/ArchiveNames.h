@@ -1,0 +1,22 @@
+#pragma once
+// Names of the name block as paths under a target folder. A name is the item's path from the
+// archive's root on, beginning with a backslash and using backslashes.
+
+#include <string>
+#include <string_view>
+
+// The target folder less one final separator, if it has one.
+std::u16string TargetRoot(const std::u16string& targetPath);
+
+// False for a name that could leave the target or address something else than a plain file or
+// folder: no leading backslash, an empty, "." or ".." component, a NUL, ':' or '/', and where
+// the backslash separates paths also a reserved device name or a component ending in a dot or
+// a blank.
+bool IsSafeArchiveName(std::u16string_view name);
+
+// root + name, with the backslashes of the name turned into the platform's separator.
+std::u16string JoinArchiveName(const std::u16string& root, std::u16string_view name);
+
+// True when an existing component of the name's path under `root` is a symbolic link, which
+// could lead a write out of the target.
+bool PassesThroughLink(const std::u16string& root, std::u16string_view name);

@@ -45,6 +45,28 @@ TEST(ResourceHolders, RaiseOnAccessAfterRelease) {
     ExpectNotOwning(reader, "ConcurrentResourceHolder do not owns the resource!");
 }
 
+TEST(ResourceHolders, PassTheirPositionToTheOwnerRecords) {
+    ResourceOwner<std::vector<int>> owner;
+    owner.Keeper->Lock =
+        std::make_shared<Zelmarik::CReadWriteLock>(Zelmarik::DebugLocksSettings{1, 1});
+    Zelmarik::LockDebugData& records = *owner.Keeper->Lock->Debug;
+    {
+        ExclusiveResourceHolder<std::vector<int>> writer(owner.Keeper, "w.cpp", "Write", 7);
+        const std::lock_guard<std::mutex> hold(records.Guard);
+        EXPECT_EQ(records.ExclusiveOwner.Function, "Write");
+        EXPECT_EQ(records.ExclusiveOwner.Line, 7);
+    }
+    {
+        ConcurrentResourceHolder<std::vector<int>> reader(owner, "r.cpp", "Read", 9);
+        const std::lock_guard<std::mutex> hold(records.Guard);
+        EXPECT_EQ(records.ExclusiveOwner.Line, -1);
+        ASSERT_EQ(records.SharedOwners.size(), 1u);
+        EXPECT_EQ(records.SharedOwners.begin()->second.File, "r.cpp");
+    }
+    const std::lock_guard<std::mutex> hold(records.Guard);
+    EXPECT_TRUE(records.SharedOwners.empty());
+}
+
 TEST(ResourceHolders, ReleaseLetsTheNextWriterIn) {
     ResourceOwner<std::list<int>> owner;
     ExclusiveResourceHolder<std::list<int>> first(owner.Keeper);

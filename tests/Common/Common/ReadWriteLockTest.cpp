@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Common/Common/Exception.h"
+#include "platform/DebugSwitch.h"
 
 namespace {
 
@@ -42,6 +43,15 @@ TEST(ReadWriteLockSwitch, EitherSettingAboveZeroRecordsOwners) {
         EXPECT_EQ(Zelmarik::MachineDebugLocks.load(), c.settings.Machine);
         EXPECT_EQ(Zelmarik::UserDebugLocks.load(), c.settings.User);
     }
+}
+
+TEST(ReadWriteLockSwitch, PlainConstructorReadsBothSettings) {
+    const CReadWriteLock lock;
+    const std::int32_t machine = platform::MachineDebugLocks();
+    const std::int32_t user = platform::UserDebugLocks();
+    EXPECT_EQ(Zelmarik::MachineDebugLocks.load(), machine);
+    EXPECT_EQ(Zelmarik::UserDebugLocks.load(), user);
+    EXPECT_EQ(lock.DebugEnabled, machine >= 1 || user >= 1);
 }
 
 TEST(ReadWriteLockOwners, WriterIsRecordedUntilRelease) {

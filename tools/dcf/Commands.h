@@ -1,0 +1,10 @@
+#pragma once
+// The commands of dcf. Each adds its subcommand with its options and the action that runs it.
+
+#include <CLI/CLI.hpp>
+
+namespace dcf {
+
+void AddKeygenCommand(CLI::App& app);
+
+}  // namespace dcf

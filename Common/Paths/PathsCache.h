@@ -61,9 +61,12 @@ public:
 
         // An item of exactly one hour is still alive.
         bool Expired(std::int64_t now) const {
-            return Created<now&& static_cast<std::uint64_t>(now) -
-                           static_cast<std::uint64_t>(
-                               Created)> static_cast<std::uint64_t>(ItemLifetime);
+            if (now <= Created) {
+                return false;
+            }
+            const std::uint64_t age =
+                static_cast<std::uint64_t>(now) - static_cast<std::uint64_t>(Created);
+            return age > static_cast<std::uint64_t>(ItemLifetime);
         }
         // Wraps instead of overflowing for a time read from a damaged blob.
         std::int64_t Age(std::int64_t now) const {
@@ -129,9 +132,8 @@ public:
         Concurrent::ExclusiveResourceHolder<ItemList> items(
             Items.Keeper, kSourceFile,
             "Zelmarik::CPathsCacheBase<class Zelmarik::CNetworkPaths>::IsPathCached", __LINE__);
-        const auto found =
-            FindItem(*items, [&roots](const T& cached) { return cached.IsSamePath(roots); });
-        return found.has_value();
+        return FindAlive(*items, [&roots](const T& cached) { return cached.IsSamePath(roots); }) !=
+               nullptr;
     }
 
     // The cached roots of the location that `path` lies in.
@@ -140,7 +142,8 @@ public:
         Concurrent::ExclusiveResourceHolder<ItemList> items(
             Items.Keeper, kSourceFile,
             "Zelmarik::CPathsCacheBase<class Zelmarik::CNetworkPaths>::GetCachedPath", __LINE__);
-        return FindItem(*items, [&root](const T& cached) { return cached == root; });
+        const CItem* found = FindAlive(*items, [&root](const T& cached) { return cached == root; });
+        return found == nullptr ? std::nullopt : std::optional<T>(found->Paths);
     }
 
     // Caches the roots of a full location, or merges them into the entry there is.
@@ -188,22 +191,22 @@ public:
 private:
     static constexpr const char* kSourceFile = "Common\\Paths\\PathsCache";
 
-    // The paths of the first item that `matches`, when it is alive. An expired hit takes every
-    // item equal to it out of the list.
+    // The first item that `matches`, when it is alive. An expired hit takes every item equal to
+    // it out of the list.
     template <class Match>
-    static std::optional<T> FindItem(ItemList& items, const Match& matches) {
+    static const CItem* FindAlive(ItemList& items, const Match& matches) {
         const auto found = std::find_if(items.begin(), items.end(), [&matches](const CItem& item) {
             return matches(item.Paths);
         });
         if (found == items.end()) {
-            return std::nullopt;
+            return nullptr;
         }
         if (!found->Expired(Now())) {
-            return found->Paths;
+            return &*found;
         }
         const T expired = found->Paths;
         items.remove_if([&expired](const CItem& item) { return item.Paths == expired; });
-        return std::nullopt;
+        return nullptr;
     }
 
     void Append(T roots, const char* function, int line) {

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <thread>
 #include <vector>
@@ -73,6 +74,21 @@ TEST(PathsCacheExpiry, AnExpiredHitTakesItsDuplicatesAlong) {
     EXPECT_FALSE(cache.IsPathCached(root, true));
     EXPECT_EQ(ItemCount(cache), 1u);
     EXPECT_EQ(cache.GetCachedPath(u"D:\\x"), std::nullopt);
+}
+
+TEST(PathsCacheExpiry, ClockReadingsFromElsewhereNeitherOverflowNorLiveForever) {
+    Cache cache;
+    const CNetworkPaths past(u"J:\\", u"", u"", u"", u"");
+    const CNetworkPaths future(u"K:\\", u"", u"", u"", u"");
+    {
+        // As read from a blob written on another boot.
+        Concurrent::ExclusiveResourceHolder<Cache::ItemList> items(cache.Items.Keeper);
+        items->emplace_back(past, std::numeric_limits<std::int64_t>::min());
+        items->emplace_back(future, std::numeric_limits<std::int64_t>::max());
+    }
+    EXPECT_FALSE(cache.DebugLog().empty());
+    EXPECT_FALSE(cache.IsPathCached(past, true));
+    EXPECT_TRUE(cache.IsPathCached(future, true));
 }
 
 TEST(PathsCacheLookup, FindsTheRootOfAnyPathBelowIt) {

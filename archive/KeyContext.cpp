@@ -103,6 +103,8 @@ bool LoadKeys(KeyContext& context, std::uint32_t suite, std::span<const std::uin
     }
     std::copy_n(keyArea.begin(), dcf::kIvAreaSize, context.IvArea.begin());
     context.SuiteId = suite;
+    // No schedule of an earlier suite stays behind a shorter one.
+    platform::SecureWipe(context.KeySchedule.data(), context.KeySchedule.size());
     return crypto::SuiteInit(suite, keyArea.subspan(dcf::kIvAreaSize), context.KeySchedule);
 }
 

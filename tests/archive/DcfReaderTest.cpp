@@ -16,6 +16,7 @@
 #include "archive/SfxTrailer.h"
 #include "crypto/KeyGeneration.h"
 #include "crypto/Rsa.h"
+#include "platform/TaggedFile.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
 
@@ -180,6 +181,14 @@ TEST_F(DcfReaderTest, SampleImageRecordByRecord) {
                                                           "write empty.txt", "done empty.txt"}));
     // Progress rises strictly, ends at 100 after the last chunk and was told once per chunk.
     EXPECT_EQ(recorder_.percents, (std::vector<std::uint32_t>{40, 81, 100}));
+
+    // The category of a.txt went to its tag stream, where the file system keeps streams.
+    std::vector<std::uint8_t> stream;
+    const platform::ErrorCode tagged = platform::ReadTagStream(docs + u"a.txt:ZelTag5", stream);
+    if (tagged != platform::kErrorFileNotFound && tagged != platform::kErrorNotSupported) {
+        ASSERT_EQ(tagged, platform::kErrorSuccess);
+        EXPECT_EQ(stream, (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 0, 0, 0, 0, 0, 0}));
+    }
 }
 
 TEST_F(DcfReaderTest, FormatVersionsZeroToFour) {
@@ -194,9 +203,18 @@ TEST_F(DcfReaderTest, FormatVersionsZeroToFour) {
         const Bytes image = tests::BuildImage(
             settings, {u"\\d"},
             {{u"\\d\\f.bin", content, OneCategoryBlock()}, {u"\\d\\g.bin", Bytes(17, 'g'), {}}});
+        recorder_.percents.clear();
         ASSERT_EQ(Extract(image), FORMAT_OK);
         EXPECT_EQ(ReadFile(Out() / "d" / "f.bin"), content);
         EXPECT_EQ(ReadFile(Out() / "d" / "g.bin"), Bytes(17, 'g'));
+        if (version < 2) {
+            // Legacy streams tell progress at every (n / 100 + 1)-th block, risen or not:
+            // blocks 0, 2, ..., 186 of f.bin's 188, then both blocks of g.bin.
+            EXPECT_EQ(recorder_.percents.size(), 94u + 2u);
+        } else {
+            EXPECT_EQ(recorder_.percents.size(), 3u);  // two chunks of f.bin, one of g.bin
+        }
+        EXPECT_EQ(recorder_.percents.back(), 100u);
     }
 }
 
@@ -401,6 +419,16 @@ TEST_F(DcfReaderTest, FailureTableRowByRow) {
     EXPECT_EQ(Extract(badData), FORMAT_FAILED);
     EXPECT_EQ(ReadFile(Out() / "d" / "a"), Bytes(10, 'a'));
     EXPECT_EQ(ReadFile(Out() / "d" / "b"), Bytes{});
+}
+
+TEST_F(DcfReaderTest, FailedWriteToATarget) {
+    // A device that refuses every write stands in for a full disk.
+    if (platform::kPathSeparator != u'/' || !fs::exists("/dev/full")) {
+        GTEST_SKIP() << "no device that fails writes";
+    }
+    request_.targetPath = u"/dev";
+    EXPECT_EQ(Extract(tests::BuildImage(ImageSettings{}, {}, {{u"\\full", Bytes(3000, 'w'), {}}})),
+              FORMAT_OUTPUT_WRITE_FAILED);
 }
 
 TEST_F(DcfReaderTest, ChunkLengthAtTheReadersBoundIsRefused) {

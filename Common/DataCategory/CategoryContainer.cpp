@@ -49,10 +49,6 @@ bool CCategoryContainer::Contains(const CGuid& id) const {
     return false;
 }
 
-void CCategoryContainer::Sort() {
-    StableMergeSort(Categories);
-}
-
 bool CCategoryContainer::Add(const CDlpCategory& category) {
     return Add(CDlpCategory(category));
 }
@@ -62,7 +58,7 @@ bool CCategoryContainer::Add(CDlpCategory&& category) {
         return false;
     }
     Categories.push_back(std::move(category));
-    Sort();
+    StableMergeSort(Categories);
     return true;
 }
 

@@ -37,7 +37,6 @@ public:
 
 private:
     bool Contains(const CGuid& id) const;
-    void Sort();
 };
 
 // The block form: a signed 32-bit total length (counting itself), then the binary form.

@@ -41,21 +41,6 @@ TEST(ContentResultRecord, ReadingReplacesWhatWasThere) {
     EXPECT_EQ(RecordOf(tree), record);
 }
 
-TEST(ContentResultRecord, CopyIsDeep) {
-    CContentResult original = SampleTree();
-    CContentResult copy = original;
-    original.ProcessingResult->Text = u"changed";
-    original.Files.front().Definitions.clear();
-    EXPECT_EQ(RecordOf(copy), SampleTreeRecord());
-    EXPECT_TRUE(copy.ProcessingResult->Flag);
-
-    CContentResult assigned;
-    assigned = copy;
-    CContentResult moved = std::move(copy);
-    EXPECT_EQ(RecordOf(assigned), SampleTreeRecord());
-    EXPECT_EQ(RecordOf(moved), SampleTreeRecord());
-}
-
 // Every cut of a valid tree fails through the reader's flag, and a list whose element failed
 // is left empty.
 TEST(ContentResultRecord, TruncatedTreesFail) {

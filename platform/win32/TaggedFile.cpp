@@ -41,7 +41,11 @@ struct NtApi {
 
 template <typename Call>
 Call Entry(HMODULE module, const char* name) {
-    return module == nullptr ? nullptr : reinterpret_cast<Call>(::GetProcAddress(module, name));
+    if (module == nullptr) {
+        return nullptr;
+    }
+    // Through the generic function pointer type, which converts to any other without warning.
+    return reinterpret_cast<Call>(reinterpret_cast<void (*)()>(::GetProcAddress(module, name)));
 }
 
 const NtApi& Ntdll() {

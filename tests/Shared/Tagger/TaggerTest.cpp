@@ -59,6 +59,19 @@ TEST_F(TaggerTest, ReadOnlyFileIsTaggedAndStaysReadOnlyWithItsTimes) {
     EXPECT_FALSE(IsWritable(file));
     EXPECT_EQ(PermissionsOf(file), permissions);
     ExpectSameStamps(before, StampsOf(file));
+
+    // Where the system denies the open (not so for root under Wine), the bit is cleared while
+    // the stream is open and the attributes found are kept; else the file is opened as it is.
+    platform::TagHandle handle = platform::kInvalidTagHandle;
+    const bool denied = platform::OpenTaggedFile(file, handle) == platform::kErrorAccessDenied;
+    if (!denied) {
+        platform::CloseTaggedFile(handle);
+    }
+    Zelmarik::STaggerContext* context = TaggerProbe::TagFileOpen(file.c_str(), nullptr);
+    EXPECT_EQ(context->Attributes & platform::kFileAttributeReadOnly, denied ? 1u : 0u);
+    EXPECT_EQ(IsWritable(file), denied);
+    TaggerProbe::TagFileClose(context);
+    EXPECT_EQ(PermissionsOf(file), permissions);
 }
 
 // A caller's object that tells when it goes.

@@ -474,7 +474,11 @@ TEST_F(DcfReaderTest, HostileNamesAreRefusedBeforeAnythingIsWritten) {
 
 TEST_F(DcfReaderTest, NoWriteThroughALinkInTheTarget) {
     fs::create_directory(folder_.Native() / "elsewhere");
-    fs::create_directory_symlink(folder_.Native() / "elsewhere", Out() / "d");
+    std::error_code error;
+    fs::create_directory_symlink(folder_.Native() / "elsewhere", Out() / "d", error);
+    if (error) {
+        GTEST_SKIP() << "no symbolic links here";
+    }
     EXPECT_EQ(
         Extract(tests::BuildImage(ImageSettings{}, {u"\\d"}, {{u"\\d\\f", Bytes(3, 'x'), {}}})),
         FORMAT_TARGET_OPEN_FAILED);

@@ -1,0 +1,47 @@
+#include "archive/ArchiveNames.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/File.h"
+
+namespace {
+
+constexpr char16_t kSep = platform::kPathSeparator;
+
+TEST(ArchiveNames, TargetRootLosesOneSeparator) {
+    const std::u16string root = std::u16string(u"out");
+    EXPECT_EQ(TargetRoot(root), root);
+    EXPECT_EQ(TargetRoot(root + kSep), root);
+    EXPECT_EQ(TargetRoot(root + kSep + kSep), root + kSep);
+    EXPECT_EQ(TargetRoot(u""), u"");
+}
+
+TEST(ArchiveNames, JoinTurnsBackslashesIntoTheSeparator) {
+    const std::u16string expected = std::u16string(u"out") + kSep + u"a" + kSep + u"b.txt";
+    EXPECT_EQ(JoinArchiveName(u"out", u"\\a\\b.txt"), expected);
+}
+
+TEST(ArchiveNames, PlainNamesPassAndHostileOnesDoNot) {
+    for (const std::u16string_view name :
+         {u"\\a", u"\\a\\b.txt", u"\\x..y", u"\\...a", u"\\con.d\\f", u"\\\u00e9t\u00e9"}) {
+        EXPECT_TRUE(IsSafeArchiveName(name)) << std::string(name.begin(), name.end());
+    }
+    for (const std::u16string_view name :
+         {u"", u"a", u"\\", u"\\..", u"\\a\\..", u"\\.", u"\\a\\.\\b", u"\\a\\\\b", u"\\a\\",
+          u"\\a:b", u"\\c:", u"\\a/b", u"/a"}) {
+        EXPECT_FALSE(IsSafeArchiveName(name)) << std::string(name.begin(), name.end());
+    }
+    EXPECT_FALSE(IsSafeArchiveName(std::u16string_view(u"\\a\0b", 4)));
+}
+
+TEST(ArchiveNames, DeviceNamesAndTrailingDotsWhereBackslashSeparates) {
+    const bool refused = kSep == u'\\';
+    for (const std::u16string_view name : {u"\\CON", u"\\d\\nul.txt", u"\\com1", u"\\LPT9.log",
+                                           u"\\aux .x", u"\\a.", u"\\a ", u"\\d.\\f"}) {
+        EXPECT_EQ(IsSafeArchiveName(name), !refused) << std::string(name.begin(), name.end());
+    }
+    EXPECT_TRUE(IsSafeArchiveName(u"\\com0"));
+    EXPECT_TRUE(IsSafeArchiveName(u"\\console"));
+}
+
+}  // namespace

@@ -4,7 +4,6 @@
 // of the block before, and two whitening bytes are XORed onto them after encryption. Every
 // block passes through all ciphers of the suite, whatever the suite's mode.
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -44,14 +43,18 @@ public:
 private:
     ChunkChain() = default;
 
-    // Bytes of a block that take part: 2 for 8-byte blocks, 4 for 16-byte blocks.
-    std::size_t ChainedBytes() const { return blockSize_ == 16 ? 4 : 2; }
+    // The first four bytes of a block as one word in memory order, and back.
+    static std::uint32_t Prefix(const std::uint8_t* block);
+    static void SetPrefix(std::uint8_t* block, std::uint32_t prefix);
 
     detail::ResolvedSuite suite_{};
     std::size_t blockSize_ = 0;
-    std::array<std::uint8_t, 4> initialChain_{};
-    std::array<std::uint8_t, 4> chain_{};
-    std::array<std::uint8_t, 4> whitening_{};
+    // Words of the first four bytes of a block; `mask_` keeps the two that take part in 8-byte
+    // blocks, all four in 16-byte blocks.
+    std::uint32_t mask_ = 0;
+    std::uint32_t initialChain_ = 0;
+    std::uint32_t chain_ = 0;
+    std::uint32_t whitening_ = 0;
 };
 
 }  // namespace crypto

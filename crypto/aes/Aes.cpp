@@ -6,6 +6,7 @@
 #include "crypto/detail/AesLayout.h"
 #include "crypto/detail/AesTables.h"
 #include "crypto/detail/BlockCiphers.h"
+#include "crypto/detail/ScheduleWords.h"
 #include "platform/SecureMemory.h"
 
 namespace crypto::detail {
@@ -53,16 +54,16 @@ void PortableExpandKey(const std::uint8_t* key, std::uint8_t* schedule) {
         const int mirrored = kAesRounds - round;
         for (int c = 0; c < 4; ++c) {
             const std::uint32_t word = w[4 * mirrored + c];
-            StoreBig(encryptKeys + 16 * mirrored + 4 * c, word);
+            WriteWord(encryptKeys, 4 * mirrored + c, word);
             const bool outer = round == 0 || round == kAesRounds;
-            StoreBig(decryptKeys + 16 * round + 4 * c, outer ? word : InvMixColumn(word));
+            WriteWord(decryptKeys, 4 * round + c, outer ? word : InvMixColumn(word));
         }
     }
     platform::SecureWipe(w, sizeof(w));
 }
 
 std::uint32_t RoundKey(const std::uint8_t* keys, int round, int column) {
-    return LoadBig<std::uint32_t>(keys + 16 * round + 4 * column);
+    return ReadWord(keys, 4 * round + column);
 }
 
 void TableEncryptBlock(const std::uint8_t* keys, std::uint8_t* block) {
@@ -165,8 +166,18 @@ void AesDecrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t 
     }
 }
 
+bool AesChainEncrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count,
+                     std::uint8_t* chain, const std::uint8_t* whitening) {
+    if (!AesNiInUse()) {
+        return false;
+    }
+    AesNiChainEncrypt(schedule, blocks, count, chain, whitening);
+    return true;
+}
+
 }  // namespace
 
-const BlockCipherOps kAesOps = {AesInit, AesEncrypt, AesDecrypt, kAesScheduleSpace};
+const BlockCipherOps kAesOps = {AesInit, AesEncrypt, AesDecrypt, kAesScheduleSpace,
+                                AesChainEncrypt};
 
 }  // namespace crypto::detail

@@ -3,6 +3,8 @@
 
 #include <immintrin.h>
 
+#include <cstring>
+
 #include "crypto/detail/AesLayout.h"
 #include "platform/SecureMemory.h"
 
@@ -17,6 +19,13 @@ __m128i Load(const std::uint8_t* p) {
 
 void Store(std::uint8_t* p, __m128i v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+}
+
+// Round keys are stored as column words in the machine's order; AES-NI wants the bytes in
+// the order of the state. Reversing each 32-bit word converts either way.
+__m128i SwapWordBytes(__m128i v) {
+    const __m128i reverseWords = _mm_set_epi8(12, 13, 14, 15, 8, 9, 10, 11, 4, 5, 6, 7, 0, 1, 2, 3);
+    return _mm_shuffle_epi8(v, reverseWords);
 }
 
 // XOR of a word into all words above it: the running sum of the key expansion.
@@ -46,7 +55,7 @@ struct RoundKeys {
 RoundKeys LoadKeys(const std::uint8_t* keys) {
     RoundKeys loaded;
     for (int round = 0; round <= kAesRounds; ++round) {
-        loaded.key[round] = Load(keys + 16 * round);
+        loaded.key[round] = SwapWordBytes(Load(keys + 16 * round));
     }
     return loaded;
 }
@@ -62,29 +71,40 @@ __m128i LastRound(__m128i state, __m128i key) {
 }
 
 template <bool Decrypt>
-void TransformBlocks(const std::uint8_t* keyBytes, std::uint8_t* blocks, std::size_t count) {
-    const RoundKeys keys = LoadKeys(keyBytes);
+void TransformBlocks(const std::uint8_t* keyWords, std::uint8_t* blocks, std::size_t count) {
+    const RoundKeys keys = LoadKeys(keyWords);
     for (; count >= kLanes; count -= kLanes, blocks += 16 * kLanes) {
         __m128i state[kLanes];
+#pragma GCC unroll 8
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
             state[lane] = _mm_xor_si128(Load(blocks + 16 * lane), keys.key[0]);
         }
+#pragma GCC unroll 13
         for (int round = 1; round < kAesRounds; ++round) {
+#pragma GCC unroll 8
             for (std::size_t lane = 0; lane < kLanes; ++lane) {
                 state[lane] = Round<Decrypt>(state[lane], keys.key[round]);
             }
         }
+#pragma GCC unroll 8
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
             Store(blocks + 16 * lane, LastRound<Decrypt>(state[lane], keys.key[kAesRounds]));
         }
     }
     for (; count > 0; --count, blocks += 16) {
         __m128i state = _mm_xor_si128(Load(blocks), keys.key[0]);
+#pragma GCC unroll 13
         for (int round = 1; round < kAesRounds; ++round) {
             state = Round<Decrypt>(state, keys.key[round]);
         }
         Store(blocks, LastRound<Decrypt>(state, keys.key[kAesRounds]));
     }
+}
+
+__m128i LoadFourBytes(const std::uint8_t* p) {
+    std::int32_t word;
+    std::memcpy(&word, p, sizeof(word));
+    return _mm_cvtsi32_si128(word);
 }
 
 }  // namespace
@@ -110,10 +130,11 @@ void AesNiExpandKey(const std::uint8_t* key, std::uint8_t* schedule) {
     std::uint8_t* encryptKeys = schedule + kAesEncryptKeysOffset;
     std::uint8_t* decryptKeys = schedule + kAesDecryptKeysOffset;
     for (int round = 0; round <= kAesRounds; ++round) {
-        Store(encryptKeys + 16 * round, k[round]);
+        Store(encryptKeys + 16 * round, SwapWordBytes(k[round]));
         const __m128i mirrored = k[kAesRounds - round];
         const bool outer = round == 0 || round == kAesRounds;
-        Store(decryptKeys + 16 * round, outer ? mirrored : _mm_aesimc_si128(mirrored));
+        Store(decryptKeys + 16 * round,
+              SwapWordBytes(outer ? mirrored : _mm_aesimc_si128(mirrored)));
     }
     platform::SecureWipe(k, sizeof(k));
 }
@@ -124,6 +145,29 @@ void AesNiEncryptBlocks(const std::uint8_t* schedule, std::uint8_t* blocks, std:
 
 void AesNiDecryptBlocks(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count) {
     TransformBlocks<true>(schedule + kAesDecryptKeysOffset, blocks, count);
+}
+
+// The chain bytes live in the low four bytes of a register; the first round key is folded
+// into each block before the chain value of the block before is known, so that the serial
+// path is the AES rounds plus one AND and one XOR.
+void AesNiChainEncrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count,
+                       std::uint8_t* chain, const std::uint8_t* whitening) {
+    const RoundKeys keys = LoadKeys(schedule + kAesEncryptKeysOffset);
+    const __m128i chainMask = _mm_cvtsi32_si128(-1);
+    const __m128i white = LoadFourBytes(whitening);
+    __m128i chained = LoadFourBytes(chain);
+    for (; count > 0; --count, blocks += 16) {
+        __m128i state = _mm_xor_si128(chained, _mm_xor_si128(Load(blocks), keys.key[0]));
+#pragma GCC unroll 13
+        for (int round = 1; round < kAesRounds; ++round) {
+            state = _mm_aesenc_si128(state, keys.key[round]);
+        }
+        state = _mm_aesenclast_si128(state, keys.key[kAesRounds]);
+        chained = _mm_and_si128(state, chainMask);
+        Store(blocks, _mm_xor_si128(state, white));
+    }
+    const std::int32_t word = _mm_cvtsi128_si32(chained);
+    std::memcpy(chain, &word, sizeof(word));
 }
 
 }  // namespace crypto::detail

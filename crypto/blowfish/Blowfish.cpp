@@ -100,6 +100,6 @@ void BlowfishBlocks(const std::uint8_t* schedule, std::uint8_t* blocks, std::siz
 }  // namespace
 
 const BlockCipherOps kBlowfishOps = {BlowfishInit, BlowfishBlocks<false>, BlowfishBlocks<true>,
-                                     kScheduleSpace};
+                                     kScheduleSpace, nullptr};
 
 }  // namespace crypto::detail

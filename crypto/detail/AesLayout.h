@@ -1,7 +1,8 @@
 #pragma once
 // AES-256 schedule layout shared by the table-driven and the AES-NI code: the 15 round keys of
-// the cipher as bytes (FIPS 197 order), then the 15 round keys of the equivalent inverse cipher
-// in the order decryption uses them.
+// the cipher, then the 15 round keys of the equivalent inverse cipher in the order decryption
+// uses them. Each round key is four column words (row 0 in the most significant byte) in the
+// machine's own order, which the tables use as they stand and AES-NI byte-swaps once per call.
 
 #include <cstddef>
 #include <cstdint>
@@ -18,5 +19,8 @@ inline constexpr std::size_t kAesScheduleSpace = 2 * kAesRoundKeyBytes;
 void AesNiExpandKey(const std::uint8_t* key, std::uint8_t* schedule);
 void AesNiEncryptBlocks(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count);
 void AesNiDecryptBlocks(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count);
+// The chunk chain's serial encryption with the round keys kept in registers.
+void AesNiChainEncrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count,
+                       std::uint8_t* chain, const std::uint8_t* whitening);
 
 }  // namespace crypto::detail

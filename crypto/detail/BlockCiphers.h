@@ -13,12 +13,20 @@ using CipherInitFunction = void (*)(const std::uint8_t* key, std::uint8_t* sched
 using CipherBlocksFunction = void (*)(const std::uint8_t* schedule, std::uint8_t* blocks,
                                       std::size_t count);
 
+// The chunk chain's encryption of `count` blocks with this cipher alone, for a cipher that has a
+// faster form than one call per block: `chain` (4 bytes) runs on, `whitening` holds 4 bytes.
+// False, with nothing done, when no such form is in force.
+using ChainEncryptFunction = bool (*)(const std::uint8_t* schedule, std::uint8_t* blocks,
+                                      std::size_t count, std::uint8_t* chain,
+                                      const std::uint8_t* whitening);
+
 struct BlockCipherOps {
     CipherInitFunction init;
     CipherBlocksFunction encrypt;
     CipherBlocksFunction decrypt;
     // Bytes the schedule really occupies; RC6's 44 round keys run past its table entry.
     std::size_t scheduleSpace;
+    ChainEncryptFunction chainEncrypt;  // null for most ciphers
 };
 
 extern const BlockCipherOps kAesOps;

@@ -252,6 +252,6 @@ void MarsDecrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t
 
 }  // namespace
 
-const BlockCipherOps kMarsOps = {MarsInit, MarsEncrypt, MarsDecrypt, 4 * kExpandedWords};
+const BlockCipherOps kMarsOps = {MarsInit, MarsEncrypt, MarsDecrypt, 4 * kExpandedWords, nullptr};
 
 }  // namespace crypto::detail

@@ -1,6 +1,7 @@
 #include "crypto/ChunkChain.h"
 
 #include <algorithm>
+#include <cstring>
 #include <ranges>
 
 #include "platform/SecureMemory.h"
@@ -8,16 +9,20 @@
 namespace crypto {
 namespace {
 
-// Blocks decrypted per batch: their chain bytes are kept on the stack meanwhile.
+// Blocks decrypted per batch: their chain words are kept on the stack meanwhile.
 constexpr std::size_t kBatchBlocks = 64;
 
-void XorPrefix(std::uint8_t* block, const std::array<std::uint8_t, 4>& bytes, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        block[i] ^= bytes[i];
-    }
+}  // namespace
+
+std::uint32_t ChunkChain::Prefix(const std::uint8_t* block) {
+    std::uint32_t prefix;
+    std::memcpy(&prefix, block, sizeof(prefix));
+    return prefix;
 }
 
-}  // namespace
+void ChunkChain::SetPrefix(std::uint8_t* block, std::uint32_t prefix) {
+    std::memcpy(block, &prefix, sizeof(prefix));
+}
 
 std::optional<ChunkChain> ChunkChain::Create(std::uint32_t suite,
                                              std::span<const std::uint8_t> schedule,
@@ -36,17 +41,22 @@ std::optional<ChunkChain> ChunkChain::Create(std::uint32_t suite,
     ChunkChain chain;
     chain.suite_ = *resolved;
     chain.blockSize_ = blockSize;
-    chain.initialChain_ = {ivArea[0], ivArea[4], ivArea[8], ivArea[12]};
+    const std::uint8_t upperMask = blockSize == 16 ? 0xFF : 0x00;
+    const std::uint8_t maskBytes[4] = {0xFF, 0xFF, upperMask, upperMask};
+    chain.mask_ = Prefix(maskBytes);
+    const std::uint8_t chainBytes[4] = {ivArea[0], ivArea[4], ivArea[8], ivArea[12]};
+    chain.initialChain_ = Prefix(chainBytes) & chain.mask_;
     // With 16-byte blocks the two whitening bytes cover four chained bytes.
-    chain.whitening_ = {ivArea[8], ivArea[12], ivArea[8], ivArea[12]};
+    const std::uint8_t whiteningBytes[4] = {ivArea[8], ivArea[12], ivArea[8], ivArea[12]};
+    chain.whitening_ = Prefix(whiteningBytes) & chain.mask_;
     chain.Restart();
     return chain;
 }
 
 ChunkChain::~ChunkChain() {
-    platform::SecureWipe(initialChain_.data(), initialChain_.size());
-    platform::SecureWipe(chain_.data(), chain_.size());
-    platform::SecureWipe(whitening_.data(), whitening_.size());
+    platform::SecureWipe(&initialChain_, sizeof(initialChain_));
+    platform::SecureWipe(&chain_, sizeof(chain_));
+    platform::SecureWipe(&whitening_, sizeof(whitening_));
 }
 
 void ChunkChain::Restart() {
@@ -54,15 +64,23 @@ void ChunkChain::Restart() {
 }
 
 void ChunkChain::EncryptBlocks(std::span<std::uint8_t> blocks) {
-    const std::size_t chained = ChainedBytes();
-    for (std::size_t offset = 0; offset + blockSize_ <= blocks.size(); offset += blockSize_) {
-        std::uint8_t* block = blocks.data() + offset;
-        XorPrefix(block, chain_, chained);
+    const std::size_t count = blocks.size() / blockSize_;
+    const detail::ResolvedCipher& first = suite_.ciphers[0];
+    if (suite_.count == 1 && first.ops->chainEncrypt != nullptr &&
+        first.ops->chainEncrypt(first.schedule, blocks.data(), count,
+                                reinterpret_cast<std::uint8_t*>(&chain_),
+                                reinterpret_cast<const std::uint8_t*>(&whitening_))) {
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint8_t* block = blocks.data() + i * blockSize_;
+        SetPrefix(block, Prefix(block) ^ chain_);
         for (const detail::ResolvedCipher& cipher : suite_.List()) {
             cipher.ops->encrypt(cipher.schedule, block, 1);
         }
-        std::copy_n(block, chained, chain_.begin());
-        XorPrefix(block, whitening_, chained);
+        const std::uint32_t encrypted = Prefix(block);
+        chain_ = encrypted & mask_;
+        SetPrefix(block, encrypted ^ whitening_);
     }
 }
 
@@ -70,28 +88,29 @@ void ChunkChain::EncryptBlocks(std::span<std::uint8_t> blocks) {
 // is unwhitened first and then decrypted in one call per cipher, which lets the cipher keep
 // several blocks in flight.
 void ChunkChain::DecryptBlocks(std::span<std::uint8_t> blocks) {
-    const std::size_t chained = ChainedBytes();
-    std::array<std::array<std::uint8_t, 4>, kBatchBlocks> previous;
+    std::uint32_t previous[kBatchBlocks];
     std::size_t remaining = blocks.size() / blockSize_;
     std::uint8_t* batch = blocks.data();
     while (remaining > 0) {
         const std::size_t count = std::min(remaining, kBatchBlocks);
         for (std::size_t i = 0; i < count; ++i) {
             std::uint8_t* block = batch + i * blockSize_;
-            XorPrefix(block, whitening_, chained);
+            const std::uint32_t unwhitened = Prefix(block) ^ whitening_;
+            SetPrefix(block, unwhitened);
             previous[i] = chain_;
-            std::copy_n(block, chained, chain_.begin());
+            chain_ = unwhitened & mask_;
         }
         for (const detail::ResolvedCipher& cipher : std::views::reverse(suite_.List())) {
             cipher.ops->decrypt(cipher.schedule, batch, count);
         }
         for (std::size_t i = 0; i < count; ++i) {
-            XorPrefix(batch + i * blockSize_, previous[i], chained);
+            std::uint8_t* block = batch + i * blockSize_;
+            SetPrefix(block, Prefix(block) ^ previous[i]);
         }
         batch += count * blockSize_;
         remaining -= count;
     }
-    platform::SecureWipe(previous.data(), sizeof(previous));
+    platform::SecureWipe(previous, sizeof(previous));
 }
 
 }  // namespace crypto

@@ -223,6 +223,7 @@ void TwofishDecrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::siz
 
 }  // namespace
 
-const BlockCipherOps kTwofishOps = {TwofishInit, TwofishEncrypt, TwofishDecrypt, kScheduleSpace};
+const BlockCipherOps kTwofishOps = {TwofishInit, TwofishEncrypt, TwofishDecrypt, kScheduleSpace,
+                                    nullptr};
 
 }  // namespace crypto::detail

@@ -92,3 +92,5 @@ BENCHMARK(ParseCategoryBlock)
     ->Unit(benchmark::kMicrosecond);
 
 }  // namespace
+
+BENCHMARK_MAIN();

@@ -82,12 +82,10 @@ bool CCategoryContainer::Deserialize(CRawReader& in) {
     // Nothing is reserved for the count: every record takes at least 16 bytes, so a hostile
     // count ends at the first record that runs past the data.
     for (std::uint32_t i = 0; i < count; ++i) {
-        CDlpCategory category;
-        if (!category.Deserialize(in)) {
+        if (!Categories.emplace_back().Deserialize(in)) {
             Categories.clear();
             break;
         }
-        Categories.push_back(std::move(category));
     }
     return !in.Failed();
 }

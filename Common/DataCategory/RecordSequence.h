@@ -31,12 +31,10 @@ bool ReadRecords(CRawReader& in, Sequence& records) {
         return false;
     }
     for (std::uint32_t i = 0; i < count; ++i) {
-        typename Sequence::value_type record;
-        if (!record.Deserialize(in)) {
+        if (!records.emplace_back().Deserialize(in)) {
             records.clear();
             return false;
         }
-        records.push_back(std::move(record));
     }
     return true;
 }

@@ -92,5 +92,3 @@ BENCHMARK(ParseCategoryBlock)
     ->Unit(benchmark::kMicrosecond);
 
 }  // namespace
-
-BENCHMARK_MAIN();

@@ -39,16 +39,41 @@ bool ReadPromised(BufferedReader& source, std::uint64_t size, std::vector<std::u
     return source.Read(out);
 }
 
+FormatResult ReadPreamble(BufferedReader& source, Zelmarik::CCategoryContainer& categories,
+                          bool& parsed) {
+    parsed = false;
+    std::array<std::uint8_t, dcf::kPreambleHeadSize> head{};
+    if (!source.Read(head) || !dcf::HasSignature(head)) {
+        return FORMAT_FAILED;
+    }
+    const std::uint32_t length = dcf::DecodePreambleLength(
+        std::span<const std::uint8_t, 4>(head.data() + dcf::kSignatureSize, 4));
+    if (length == 0) {
+        return FORMAT_OK;
+    }
+    std::vector<std::uint8_t> preamble;
+    if (!ReadPromised(source, length, preamble)) {
+        return FORMAT_FAILED;
+    }
+    if (const auto block = dcf::PreambleCategoryBytes(preamble)) {
+        parsed = Zelmarik::ReadCategoryBlock(*block, categories);
+    }
+    return FORMAT_OK;
+}
+
+// Extraction, or with `writeFiles` false a walk that proves every stream and writes nothing.
 class ArchiveBodyReader {
 public:
     ArchiveBodyReader(platform::File& stream, ArchiveExtractRequest& request,
                       DCCArchiveUserSettings& settings, std::vector<std::u16string>& extractedFiles,
-                      DCIFileFormatCallback* callback)
+                      DCIFileFormatCallback* callback, ArchiveReport& report, bool writeFiles)
         : source_(stream),
           request_(request),
           settings_(settings),
           extractedFiles_(extractedFiles),
-          callback_(callback) {}
+          callback_(callback),
+          report_(report),
+          writeFiles_(writeFiles) {}
 
     FormatResult Run();
 
@@ -76,6 +101,8 @@ private:
     DCCArchiveUserSettings& settings_;
     std::vector<std::u16string>& extractedFiles_;
     DCIFileFormatCallback* callback_;
+    ArchiveReport& report_;
+    const bool writeFiles_;
 
     KeyContextPtr keys_;
     dcf::FolderHeader header_;
@@ -86,26 +113,11 @@ private:
 };
 
 FormatResult ArchiveBodyReader::SkipPreamble() {
-    std::array<std::uint8_t, dcf::kPreambleHeadSize> head{};
-    if (!source_.Read(head) || !dcf::HasSignature(head)) {
-        return FORMAT_FAILED;
-    }
-    const std::uint32_t length = dcf::DecodePreambleLength(
-        std::span<const std::uint8_t, 4>(head.data() + dcf::kSignatureSize, 4));
-    if (length == 0) {
-        return FORMAT_OK;
-    }
-    std::vector<std::uint8_t> preamble;
-    if (!ReadPromised(source_, length, preamble)) {
-        return FORMAT_FAILED;
-    }
     // The categories of the whole archive are parsed and dropped: extraction takes each file's
     // own, and a damaged preamble is no reason to refuse the archive.
-    if (const auto categories = dcf::PreambleCategoryBytes(preamble)) {
-        Zelmarik::CCategoryContainer container;
-        Zelmarik::ReadCategoryBlock(*categories, container);
-    }
-    return FORMAT_OK;
+    Zelmarik::CCategoryContainer categories;
+    bool parsed = false;
+    return ReadPreamble(source_, categories, parsed);
 }
 
 FormatResult ArchiveBodyReader::OpenKeys() {
@@ -124,6 +136,9 @@ FormatResult ArchiveBodyReader::OpenKeys() {
     const std::uint32_t* prime2 = hasPrimes ? key.PrivateKey->Numbers[1].data() : nullptr;
     switch (OpenKeyBlock(keyBlock, *password, keys_, prime1, prime2)) {
         case kKeyBlockOpened:
+            report_.keysOpened = true;
+            report_.suiteId = keys_->SuiteId;
+            report_.created = keys_->Created;
             return FORMAT_OK;
         case kKeyBlockRefused:
             return FORMAT_BAD_KEY;
@@ -142,6 +157,11 @@ FormatResult ArchiveBodyReader::ReadFolderHeader() {
         return FORMAT_FAILED;
     }
     header_ = *header;
+    report_.headerRead = true;
+    report_.formatVersion = header_.formatVersion;
+    report_.fileCount = header_.fileCount;
+    report_.folderCount = header_.folderCount;
+    report_.totalSize = header_.totalSize;
     if (dcf::HasEndOfHeaderBlock(header_.formatVersion)) {
         std::array<std::uint8_t, dcf::kEndOfHeaderSize> end{};
         if (!source_.Read(end) || !DecryptRegion(*keys_, end) || !dcf::IsEndOfHeader(end)) {
@@ -173,6 +193,8 @@ std::optional<FormatResult> ArchiveBodyReader::ReadNames(dcf::NameLists& names) 
         return FORMAT_FAILED;
     }
     names = std::move(*lists);
+    report_.namesRead = true;
+    report_.folders = names.folders;
     return FORMAT_OK;
 }
 
@@ -241,6 +263,15 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
             return {EntryOutcome::LeaveLoop, FORMAT_FAILED};
         }
         Zelmarik::ReadCategoryBlock(tagBlock, categories);  // a damaged block tags nothing
+    }
+    report_.entries.push_back({name, header->size, header->tagFlag != 0, categories});
+    if (!writeFiles_) {
+        const FormatResult proven = RunDataStream(nullptr, header->size, true);
+        if (proven != FORMAT_OK) {
+            return EndRunWith(proven);
+        }
+        processed_ += header->size;
+        return kNextEntry;
     }
 
     std::u16string target = JoinArchiveName(targetRoot_, name);
@@ -332,7 +363,9 @@ FormatResult ArchiveBodyReader::Run() {
     if (*named != FORMAT_OK) {
         return *named;
     }
-    CreateFolders(std::move(names.folders));
+    if (writeFiles_) {
+        CreateFolders(std::move(names.folders));
+    }
     streams_.emplace(source_, *keys_, settings_, header_.totalSize);
 
     FormatResult failure = FORMAT_OK;
@@ -355,11 +388,40 @@ FormatResult ArchiveBodyReader::Run() {
 FormatResult ReadArchiveBody(platform::File& stream, ArchiveExtractRequest& request,
                              DCCArchiveUserSettings& settings,
                              std::vector<std::u16string>& extractedFiles,
-                             DCIFileFormatCallback* callback) {
+                             DCIFileFormatCallback* callback, ArchiveReport& report) {
     extractedFiles.clear();
     try {
-        ArchiveBodyReader reader(stream, request, settings, extractedFiles, callback);
+        ArchiveBodyReader reader(stream, request, settings, extractedFiles, callback, report, true);
         return reader.Run();
+    } catch (const std::bad_alloc&) {
+        return FORMAT_FAILED;
+    }
+}
+
+FormatResult ReadArchiveBody(platform::File& stream, ArchiveExtractRequest& request,
+                             DCCArchiveUserSettings& settings,
+                             std::vector<std::u16string>& extractedFiles,
+                             DCIFileFormatCallback* callback) {
+    ArchiveReport report;
+    return ReadArchiveBody(stream, request, settings, extractedFiles, callback, report);
+}
+
+FormatResult InspectArchiveBody(platform::File& stream, ArchiveExtractRequest& request,
+                                DCCArchiveUserSettings& settings, ArchiveReport& report) {
+    std::vector<std::u16string> noFiles;
+    try {
+        ArchiveBodyReader reader(stream, request, settings, noFiles, nullptr, report, false);
+        return reader.Run();
+    } catch (const std::bad_alloc&) {
+        return FORMAT_FAILED;
+    }
+}
+
+FormatResult ReadArchivePreamble(platform::File& stream, Zelmarik::CCategoryContainer& categories,
+                                 bool& parsed) {
+    try {
+        BufferedReader source(stream);
+        return ReadPreamble(source, categories, parsed);
     } catch (const std::bad_alloc&) {
         return FORMAT_FAILED;
     }

@@ -1,15 +1,41 @@
 #pragma once
-// Reading a DCF image from an open stream.
+// Reading a DCF image from an open stream: extracting it, or walking it to list and test it.
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "Common/DataCategory/CategoryContainer.h"
 #include "archive/ArchiveUserSettings.h"
 #include "archive/ResultCodes.h"
 #include "platform/File.h"
 
 struct ArchiveExtractRequest;
 class DCIFileFormatCallback;
+
+struct ArchiveEntryInfo {
+    std::u16string name;  // as stored: a leading backslash, backslashes between components
+    std::uint64_t size = 0;
+    bool tagged = false;
+    Zelmarik::CCategoryContainer categories;
+};
+
+// What a run learnt of the image, filled as the records are read.
+struct ArchiveReport {
+    bool keysOpened = false;
+    std::uint32_t suiteId = 0;
+    std::uint64_t created = 0;  // creation time of the key block, a local FILETIME
+    bool headerRead = false;
+    std::uint8_t formatVersion = 0;
+    std::uint32_t fileCount = 0;
+    std::uint32_t folderCount = 0;
+    std::uint64_t totalSize = 0;
+    // False when the name block was cut short, which extraction takes as nothing to extract.
+    bool namesRead = false;
+    std::vector<std::u16string> folders;
+    // Every entry whose header was read; the last one may be the one that failed.
+    std::vector<ArchiveEntryInfo> entries;
+};
 
 // Reads the image that starts at the stream's current position and extracts it under the
 // request's target folder, appending each finished file to `extractedFiles` and telling
@@ -18,3 +44,19 @@ FormatResult ReadArchiveBody(platform::File& stream, ArchiveExtractRequest& requ
                              DCCArchiveUserSettings& settings,
                              std::vector<std::u16string>& extractedFiles,
                              DCIFileFormatCallback* callback);
+// The same, telling what was read in `report`.
+FormatResult ReadArchiveBody(platform::File& stream, ArchiveExtractRequest& request,
+                             DCCArchiveUserSettings& settings,
+                             std::vector<std::u16string>& extractedFiles,
+                             DCIFileFormatCallback* callback, ArchiveReport& report);
+
+// Walks the image like ReadArchiveBody, with the same results, but writes nothing: each data
+// stream is decrypted and decompressed to prove it, and the entries go to `report`.
+FormatResult InspectArchiveBody(platform::File& stream, ArchiveExtractRequest& request,
+                                DCCArchiveUserSettings& settings, ArchiveReport& report);
+
+// The clear category preamble at the stream's position; no key is needed. FORMAT_FAILED
+// without the signature or when its bytes can't be read. `parsed` tells whether the category
+// block was intact. The stream's position afterwards is not defined.
+FormatResult ReadArchivePreamble(platform::File& stream, Zelmarik::CCategoryContainer& categories,
+                                 bool& parsed);

@@ -619,3 +619,74 @@ TEST_F(DcfReaderKeyTest, PasswordTakesPrecedenceAndZeroNumbersMeanNoKey) {
 }
 
 }  // namespace
+
+namespace {
+
+class DcfInspectTest : public DcfReaderTest {
+protected:
+    FormatResult Inspect(const Bytes& image, ArchiveReport& report) {
+        WriteArchive(image);
+        platform::File stream;
+        EXPECT_EQ(stream.Open(request_.sourcePath, platform::OpenMode::Read),
+                  platform::kErrorSuccess);
+        return InspectArchiveBody(stream, request_, settings_, report);
+    }
+};
+
+TEST_F(DcfInspectTest, WalksEveryEntryAndWritesNothing) {
+    std::vector<std::size_t> at;
+    const Bytes content = tests::Noise(5000, 51);
+    const Bytes image = tests::BuildImage(
+        ImageSettings{}, {u"\\d"},
+        {{u"\\d\\a", content, OneCategoryBlock()}, {u"\\d\\b", Bytes(20, 'b'), {}}},
+        OneCategoryBlock(), &at);
+    ArchiveReport report;
+    ASSERT_EQ(Inspect(image, report), FORMAT_OK);
+    EXPECT_EQ(FilesUnderOut(), 0u);
+    EXPECT_TRUE(report.keysOpened && report.headerRead && report.namesRead);
+    EXPECT_EQ(report.suiteId, 1u);
+    EXPECT_EQ(report.formatVersion, 3);
+    EXPECT_EQ(report.totalSize, 5020u);
+    EXPECT_EQ(report.folders, std::vector<std::u16string>{u"\\d"});
+    ASSERT_EQ(report.entries.size(), 2u);
+    EXPECT_EQ(report.entries[0].name, u"\\d\\a");
+    EXPECT_EQ(report.entries[0].size, 5000u);
+    EXPECT_TRUE(report.entries[0].tagged);
+    EXPECT_EQ(report.entries[0].categories.Categories.size(), 1u);
+    EXPECT_FALSE(report.entries[1].tagged);
+    EXPECT_EQ(recorder_.percents.back(), 100u);
+
+    // Damage in the first stream stops the walk at that entry.
+    Bytes damaged = image;
+    damaged[at[7] + 16 + 40] ^= 0x10;  // records: ..., names, a, its tag block, its stream
+    ArchiveReport partial;
+    EXPECT_EQ(Inspect(damaged, partial), FORMAT_FAILED);
+    EXPECT_EQ(partial.entries.size(), 1u);
+
+    // A name block cut short is no failure of the format, but the report tells it.
+    ArchiveReport cut;
+    EXPECT_EQ(Inspect(Bytes(image.begin(), image.begin() + at[4] + 8), cut), FORMAT_OK);
+    EXPECT_TRUE(cut.headerRead);
+    EXPECT_FALSE(cut.namesRead);
+}
+
+TEST_F(DcfInspectTest, PreambleCategoriesNeedNoKey) {
+    const Bytes image = tests::BuildImage(ImageSettings{}, {}, {}, OneCategoryBlock());
+    WriteArchive(image);
+    platform::File stream;
+    ASSERT_EQ(stream.Open(request_.sourcePath, platform::OpenMode::Read), platform::kErrorSuccess);
+    Zelmarik::CCategoryContainer categories;
+    bool parsed = false;
+    ASSERT_EQ(ReadArchivePreamble(stream, categories, parsed), FORMAT_OK);
+    EXPECT_TRUE(parsed);
+    ASSERT_EQ(categories.Categories.size(), 1u);
+    EXPECT_EQ(categories.Categories.front().Id.Bytes[9], 10);
+
+    Bytes unsigned_ = image;
+    unsigned_[3] = 0;
+    WriteArchive(unsigned_);
+    ASSERT_EQ(stream.Open(request_.sourcePath, platform::OpenMode::Read), platform::kErrorSuccess);
+    EXPECT_EQ(ReadArchivePreamble(stream, categories, parsed), FORMAT_FAILED);
+}
+
+}  // namespace

@@ -4,7 +4,7 @@
 
 #include "Common/Common/Endian.h"
 #include "Common/Common/Exception.h"
-#include "platform/Text.h"
+#include "Common/DataCategory/RecordSequence.h"
 
 // The position that this module's exceptions carry.
 #define CATEGORY_CONTAINER_SOURCE "Common\\DataCategory\\CategoryContainer"
@@ -63,31 +63,11 @@ bool CCategoryContainer::Add(CDlpCategory&& category) {
 }
 
 bool CCategoryContainer::Serialize(CRawSerializer& out) const {
-    if (out.WriteUInt32(static_cast<std::uint32_t>(Categories.size()))) {
-        for (const CDlpCategory& category : Categories) {
-            if (!category.Serialize(out)) {
-                break;
-            }
-        }
-    }
-    return !out.Failed();
+    return WriteRecords(out, Categories);
 }
 
 bool CCategoryContainer::Deserialize(CRawReader& in) {
-    Categories.clear();
-    std::uint32_t count = 0;
-    if (!in.ReadUInt32(count)) {
-        return false;
-    }
-    // Nothing is reserved for the count: every record takes at least 16 bytes, so a hostile
-    // count ends at the first record that runs past the data.
-    for (std::uint32_t i = 0; i < count; ++i) {
-        if (!Categories.emplace_back().Deserialize(in)) {
-            Categories.clear();
-            break;
-        }
-    }
-    return !in.Failed();
+    return ReadRecords(in, Categories);
 }
 
 void CCategoryContainer::ReadXml(const IXmlNode* node) {

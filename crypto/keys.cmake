@@ -4,6 +4,7 @@ list(APPEND CRYPTO_SOURCES
     Rsa.h KeyFile.h KeyFile.cpp
     rsa/Limbs.h rsa/Limbs.cpp
     rsa/Reducer.h rsa/Reducer.cpp
+    rsa/RowKernels.h rsa/RowKernels.cpp
     rsa/Montgomery.h rsa/Montgomery.cpp
     rsa/NumberTheory.h rsa/NumberTheory.cpp
     rsa/PrivatePower.h rsa/PrivatePower.cpp

@@ -8,6 +8,14 @@ namespace Zelmarik::rsa {
 
 namespace {
 
+// r[0, 2n) = a * b through a row kernel for n limbs.
+void KernelProduct(Limb* r, const Limb* a, const Limb* b, std::size_t n, RowKernel row) {
+    Clear(r, 2 * n);
+    for (std::size_t i = 0; i < n; ++i) {
+        r[i + n] = row(r + i, b, a[i]);
+    }
+}
+
 // -m^-1 mod 2^kLimbBits for odd m, by Newton's iteration: each step doubles the good bits.
 Limb NegativeInverse(Limb m) {
     Limb inverse = m;  // right in the low three bits
@@ -35,10 +43,13 @@ unsigned WindowBits(std::size_t exponentBits) {
 Montgomery::Montgomery(const Limb* modulus, std::size_t limbCount)
     : n_(SignificantLimbs(modulus, limbCount)),
       k0_(NegativeInverse(modulus[0])),
+      row_(FixedRowKernel(n_)),
+      halfRow_(n_ % 2 == 0 ? FixedRowKernel(n_ / 2) : nullptr),
       modulus_(modulus, modulus + n_),
       rSquared_(n_),
       product_(2 * n_ + 1),
       accumulator_(n_),
+      cross_(halfRow_ != nullptr ? n_ : 0),
       table_((std::size_t{1} << (kMaxWindow - 1)) * n_) {
     // R^2 mod m, with R = 2^(n * kLimbBits).
     Limbs rSquaredFull(2 * n_ + 1);
@@ -52,7 +63,7 @@ void Montgomery::Reduce(Limb* r) {
     const Limb* m = modulus_.data();
     Limb extra = 0;
     for (std::size_t i = 0; i < n_; ++i) {
-        const Limb carry = MultiplyAddRow(t + i, m, n_, t[i] * k0_);
+        const Limb carry = Row(t + i, m, t[i] * k0_);
         const WideLimb sum = static_cast<WideLimb>(t[i + n_]) + carry + extra;
         t[i + n_] = static_cast<Limb>(sum);
         extra = static_cast<Limb>(sum >> kLimbBits);
@@ -64,13 +75,41 @@ void Montgomery::Reduce(Limb* r) {
     }
 }
 
-void Montgomery::Multiply(Limb* r, const Limb* a, const Limb* b) {
+void Montgomery::Product(const Limb* a, const Limb* b) {
+    if (row_ != nullptr) {
+        KernelProduct(product_.data(), a, b, n_, row_);
+        return;
+    }
     rsa::Multiply(product_.data(), a, n_, b, n_);
+}
+
+void Montgomery::SquareByHalves(const Limb* a) {
+    // (h B + l)^2 = h^2 B^2 + 2 h l B + l^2, with B = 2^(kLimbBits * half).
+    const std::size_t half = n_ / 2;
+    Limb* t = product_.data();
+    KernelProduct(t, a, a, half, halfRow_);
+    KernelProduct(t + n_, a + half, a + half, half, halfRow_);
+    KernelProduct(cross_.data(), a, a + half, half, halfRow_);
+    for (int twice = 0; twice < 2; ++twice) {
+        const Limb carry = Add(t + half, t + half, cross_.data(), n_);
+        AddLimb(t + half + n_, n_ - half, carry);
+    }
+}
+
+void Montgomery::Multiply(Limb* r, const Limb* a, const Limb* b) {
+    Product(a, b);
     Reduce(r);
 }
 
 void Montgomery::Square(Limb* r, const Limb* a) {
-    rsa::Square(product_.data(), a, n_);
+    // Unrolled kernels need rows of one length: a square from halves, or a full product.
+    if (halfRow_ != nullptr) {
+        SquareByHalves(a);
+    } else if (row_ != nullptr) {
+        Product(a, a);
+    } else {
+        rsa::Square(product_.data(), a, n_);
+    }
     Reduce(r);
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "crypto/rsa/Limbs.h"
+#include "crypto/rsa/RowKernels.h"
 
 namespace Zelmarik::rsa {
 
@@ -30,16 +31,26 @@ public:
 private:
     static constexpr unsigned kMaxWindow = 6;
 
+    // product_ = a * b.
+    void Product(const Limb* a, const Limb* b);
+    // product_ = a * a from three products of halves, when a kernel for halves exists.
+    void SquareByHalves(const Limb* a);
     // r = product_ / R mod m.
     void Reduce(Limb* r);
+    Limb Row(Limb* r, const Limb* a, Limb m) const {
+        return row_ != nullptr ? row_(r, a, m) : MultiplyAddRow(r, a, n_, m);
+    }
     Limb* TableEntry(std::size_t index) { return table_.data() + index * n_; }
 
     std::size_t n_;
-    Limb k0_;  // -m^-1 mod 2^kLimbBits
+    Limb k0_;            // -m^-1 mod 2^kLimbBits
+    RowKernel row_;      // for n_ limbs, or null
+    RowKernel halfRow_;  // for n_ / 2 limbs, or null
     Limbs modulus_;
     Limbs rSquared_;
     Limbs product_;
     Limbs accumulator_;
+    Limbs cross_;  // the product of the two halves of a square
     Limbs table_;  // odd powers of the base: b, b^3, b^5, ...
 };
 

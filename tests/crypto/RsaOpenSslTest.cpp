@@ -9,6 +9,7 @@
 #include "crypto/KeyGeneration.h"
 #include "crypto/Rsa.h"
 #include "crypto/SecurityKey.h"
+#include "crypto/rsa/RowKernels.h"
 
 namespace {
 
@@ -75,6 +76,9 @@ protected:
         return r;
     }
 
+    // Random keys, their public and private operations, and the awkward values.
+    void CheckRandomKeys(int count);
+
     void ExpectOpenAgrees(const BIGNUM* c, const BIGNUM* p, const BIGNUM* q) {
         Number plain{};
         ASSERT_EQ(Zelmarik::RsaOpenBlock(ToWords<128>(c).data(), plain.data(),
@@ -88,8 +92,8 @@ protected:
     void SetUp() override { BN_set_word(e_.get(), Zelmarik::kRsaPublicExponent); }
 };
 
-TEST_F(RsaAgainstOpenSsl, RandomKeysOpenAndSealAlike) {
-    for (int key = 0; key < 2; ++key) {
+void RsaAgainstOpenSsl::CheckRandomKeys(int count) {
+    for (int key = 0; key < count; ++key) {
         const Bn p = Prime2048(), q = Prime2048();
         Bn n = NewBn();
         BN_mul(n.get(), p.get(), q.get(), ctx_.get());
@@ -124,6 +128,17 @@ TEST_F(RsaAgainstOpenSsl, RandomKeysOpenAndSealAlike) {
         ExpectOpenAgrees(multiple.get(), p.get(), q.get());
         ExpectOpenAgrees(Random(4096, -1, 0).get(), q.get(), p.get());  // larger prime second
     }
+}
+
+TEST_F(RsaAgainstOpenSsl, RandomKeysOpenAndSealAlike) {
+    CheckRandomKeys(2);
+}
+
+// The portable arithmetic, on a processor where the unrolled kernels would be chosen.
+TEST_F(RsaAgainstOpenSsl, PortableArithmeticAgreesToo) {
+    Zelmarik::rsa::SetRowKernelsDisabled(true);
+    CheckRandomKeys(1);
+    Zelmarik::rsa::SetRowKernelsDisabled(false);
 }
 
 TEST_F(RsaAgainstOpenSsl, PrimeWithoutInverseGivesOne) {

@@ -188,8 +188,9 @@ TEST(PathsCacheThreads, ConcurrentStoresAndLookups) {
 TEST(PathsCacheKeeper, CachesOfTheProcessShareOneList) {
     Zelmarik::CPathsCache first(Zelmarik::ProcessPathsCacheKeeper());
     Zelmarik::CPathsCache second(Zelmarik::ProcessPathsCacheKeeper());
-    ASSERT_TRUE(first.StorePath(CNetworkPaths(u"Q:\\s\\", u"\\\\keeper\\q$\\s\\", u"", u"", u"")));
-    EXPECT_EQ(second.GetCachedPath(u"Q:\\elsewhere")->Netbios, u"\\\\keeper\\q$\\");
+    // The list outlives this test: a repeated run merges into the item of the first.
+    first.StorePath(CNetworkPaths(u"Q:\\s\\", u"\\\\keeper\\q$\\s\\", u"", u"", u""));
+    EXPECT_EQ(second.GetCachedPath(u"Q:\\elsewhere").value().Netbios, u"\\\\keeper\\q$\\");
     EXPECT_FALSE(Zelmarik::CPathsCache().GetCachedPath(u"Q:\\elsewhere").has_value());
 }
 

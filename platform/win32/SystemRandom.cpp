@@ -1,7 +1,8 @@
 #include "platform/SystemRandom.h"
 
-#include <wincrypt.h>
 #include <windows.h>
+// wincrypt.h needs the types of windows.h first.
+#include <wincrypt.h>
 
 namespace platform {
 

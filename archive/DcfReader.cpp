@@ -271,6 +271,7 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
             return EndRunWith(proven);
         }
         processed_ += header->size;
+        ++report_.entriesDone;
         return kNextEntry;
     }
 
@@ -299,6 +300,7 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
                 return EndRunWith(skipped);
             }
             processed_ += header->size;
+            ++report_.entriesDone;
             return kNextEntry;
         }
     }
@@ -317,6 +319,7 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
         }
     }
     processed_ += header->size;
+    ++report_.entriesDone;
     file.Close();
 
     if (header->tagFlag != 0) {

@@ -35,6 +35,8 @@ struct ArchiveReport {
     std::vector<std::u16string> folders;
     // Every entry whose header was read; the last one may be the one that failed.
     std::vector<ArchiveEntryInfo> entries;
+    // Entries whose data stream was read to its end, written or skipped.
+    std::size_t entriesDone = 0;
 };
 
 // Reads the image that starts at the stream's current position and extracts it under the

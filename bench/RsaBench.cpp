@@ -13,6 +13,7 @@
 
 #include "crypto/KeyGeneration.h"
 #include "crypto/Rsa.h"
+#include "crypto/rsa/RowKernels.h"
 
 namespace {
 
@@ -93,6 +94,15 @@ void RsaOpenBlock(benchmark::State& state) {
     }
 }
 BENCHMARK(RsaOpenBlock)->Unit(benchmark::kMillisecond);
+
+// The same without the BMI2/ADX kernels: what a processor without them, or a 32-bit build,
+// falls back to (the latter with 32-bit limbs, slower still).
+void RsaOpenBlockPortable(benchmark::State& state) {
+    Zelmarik::rsa::SetRowKernelsDisabled(true);
+    RsaOpenBlock(state);
+    Zelmarik::rsa::SetRowKernelsDisabled(false);
+}
+BENCHMARK(RsaOpenBlockPortable)->Unit(benchmark::kMillisecond);
 
 void OpenSslPrivate(benchmark::State& state) {
     auto ctx = NoPaddingContext(true);

@@ -6,5 +6,9 @@
 namespace dcf {
 
 void AddKeygenCommand(CLI::App& app);
+void AddExtractCommand(CLI::App& app);
+void AddListCommand(CLI::App& app);
+void AddTestCommand(CLI::App& app);
+void AddInfoCommand(CLI::App& app);
 
 }  // namespace dcf

@@ -1,0 +1,42 @@
+#include "tools/dcf/ArchiveOutput.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+
+#include "tools/dcf/ToolOutput.h"
+
+namespace dcf {
+
+void FailWith(const std::string& command, const std::string& message, int code) {
+    std::cerr << "dcf " << command << ": " << message << '\n';
+    throw CLI::RuntimeError(code);
+}
+
+void FailWithResult(const std::string& command, const std::string& file, FormatResult result) {
+    int code = kExitFailure;
+    switch (result) {
+        case FORMAT_BAD_KEY:
+            code = kExitBadKey;
+            break;
+        case FORMAT_FAILED:
+        case FORMAT_NO_PAYLOAD_ROOM:
+            code = kExitDamaged;
+            break;
+        case FORMAT_WRITE_FAILED:
+        case FORMAT_OUTPUT_WRITE_FAILED:
+        case FORMAT_TARGET_OPEN_FAILED:
+        case FORMAT_SOURCE_OPEN_FAILED:
+        case FORMAT_SOURCE_EMPTY:
+            code = kExitIo;
+            break;
+        case FORMAT_CANCELLED:
+            code = kExitCancelled;
+            break;
+        default:
+            break;
+    }
+    FailWith(command, file + ": " + DescribeFormatResult(result), code);
+}
+
+}  // namespace dcf

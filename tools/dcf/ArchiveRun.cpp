@@ -1,0 +1,110 @@
+#include "tools/dcf/ArchiveRun.h"
+
+#include <iostream>
+
+#include "platform/Terminal.h"
+#include "platform/Text.h"
+
+namespace dcf {
+
+ArchiveRun::ArchiveRun(bool showProgress)
+    : progress_(showProgress && platform::IsInteractiveTerminal()) {
+    platform::CatchInterrupts();
+    settings.cancelFlag = &cancel_;
+    settings.onProgress = OnProgress;
+    settings.onFileWriting = OnFileWriting;
+    for (const std::uint32_t id :
+         {CALLBACK_PROGRESS, CALLBACK_FILE_EXISTS, CALLBACK_FILE_WRITING}) {
+        settings.callbackContexts[id] = this;
+    }
+}
+
+void ArchiveRun::AskBeforeReplacing() {
+    if (platform::IsInteractiveTerminal()) {
+        settings.onFileExists = OnFileExists;
+    }
+}
+
+void ArchiveRun::PollInterrupt() {
+    if (platform::TakeInterrupt()) {
+        cancel_ = 1;
+    }
+}
+
+void ArchiveRun::OnProgress(std::uint32_t percent, void* context) {
+    auto& run = *static_cast<ArchiveRun*>(context);
+    run.PollInterrupt();
+    run.progress_.Update(percent, run.report.totalSize);
+}
+
+void ArchiveRun::OnFileWriting(const std::u16string*, bool, void* context) {
+    static_cast<ArchiveRun*>(context)->PollInterrupt();
+}
+
+OverwriteMode ArchiveRun::OnFileExists(const std::u16string* path, bool*, void* context) {
+    auto& run = *static_cast<ArchiveRun*>(context);
+    if (run.replaceAll_) {
+        return OVERWRITE_REPLACE;
+    }
+    run.progress_.Finish();
+    for (;;) {
+        std::cerr << platform::Utf16ToUtf8(*path)
+                  << " exists. Replace it? [y]es, [n]o, [a]ll, [q]uit: " << std::flush;
+        std::string answer;
+        if (!platform::ReadTerminalLine(answer, true)) {
+            return OVERWRITE_CANCEL;
+        }
+        switch (answer.empty() ? '\0' : answer.front()) {
+            case 'y':
+            case 'Y':
+                return OVERWRITE_REPLACE;
+            case 'n':
+            case 'N':
+                return OVERWRITE_SKIP;
+            case 'a':
+            case 'A':
+                run.replaceAll_ = true;
+                return OVERWRITE_REPLACE;
+            case 'q':
+            case 'Q':
+                return OVERWRITE_CANCEL;
+            default:
+                break;
+        }
+    }
+}
+
+std::string ArchiveRun::WhereItStopped() const {
+    if (!report.keysOpened) {
+        return "in the category preamble or the key block";
+    }
+    if (!report.headerRead) {
+        return "in the folder header";
+    }
+    if (!report.namesRead) {
+        return "in the name block (cut short)";
+    }
+    if (report.entries.empty()) {
+        return "in the first file header";
+    }
+    const std::string last = DisplayName(report.entries.back().name);
+    if (report.entriesDone == report.entries.size()) {
+        return "in the file header behind entry " + last;
+    }
+    return "in entry " + last;
+}
+
+std::string DisplayName(const std::u16string& storedName) {
+    std::u16string name = storedName;
+    if (!name.empty() && name.front() == u'\\') {
+        name.erase(0, 1);
+    }
+    for (char16_t& unit : name) {
+        if (unit == u'\\') {
+            unit = u'/';
+        }
+    }
+    return platform::Utf16ToUtf8(name);
+}
+
+}  // namespace dcf

@@ -4,11 +4,12 @@
 
 #include <atomic>
 #include <chrono>
-#include <latch>
 #include <string>
 #include <system_error>
 #include <thread>
 #include <vector>
+
+#include "tests/TestLatch.h"
 
 namespace {
 
@@ -62,7 +63,7 @@ TEST(ResourceHolders, PassTheirPositionToTheOwnerRecords) {
 
 TEST(ResourceHolders, OwnerDestructorWaitsForAReader) {
     auto owner = std::make_unique<ResourceOwner<Numbers>>();
-    std::latch readerIn(2);
+    TestLatch readerIn(2);
     std::atomic<bool> ownerGone{false};
     std::atomic<bool> goneWhileReading{false};
     std::thread reader([&] {

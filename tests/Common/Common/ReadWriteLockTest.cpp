@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <string>
 #include <thread>
 
 #include "Common/Common/Exception.h"
+#include "tests/TestLatch.h"
 
 namespace {
 
@@ -61,10 +61,10 @@ TEST(ReadWriteLockOwners, WriterIsRecordedWithItsTraceUntilRelease) {
 
 TEST(ReadWriteLockOwners, EachReaderThreadHasItsOwnEntry) {
     CReadWriteLock lock = DebuggedLock();
-    std::latch bothIn(3);
-    std::latch firstMayLeave(2);
-    std::latch firstLeft(2);
-    std::latch secondMayLeave(2);
+    TestLatch bothIn(3);
+    TestLatch firstMayLeave(2);
+    TestLatch firstLeft(2);
+    TestLatch secondMayLeave(2);
     std::thread first([&] {
         lock.LockShared("a.cpp", "First", 10);
         bothIn.arrive_and_wait();

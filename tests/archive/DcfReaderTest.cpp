@@ -19,127 +19,16 @@
 #include "platform/TaggedFile.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
+#include "tests/archive/ReaderFixture.h"
 
 namespace {
 
 using tests::Bytes;
+using tests::DcfReaderTest;
 using tests::EntrySpec;
 using tests::ImageSettings;
+using tests::OneCategoryBlock;
 namespace fs = std::filesystem;
-
-// The 8-byte block form of a container with one category.
-Bytes OneCategoryBlock() {
-    Zelmarik::CCategoryContainer container;
-    Zelmarik::CDlpCategory category;
-    category.Id = Zelmarik::CGuid(std::array<std::uint8_t, 16>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
-    container.Add(category);
-    const Zelmarik::Blob blob = Zelmarik::WriteCategoryBlock(container);
-    return Bytes(blob.Data(), blob.Data() + blob.Size());
-}
-
-// What the callbacks saw. Each callback is registered with the context of its own id and
-// checks that it gets that one.
-struct Recorder {
-    struct Slot {
-        Recorder* recorder;
-        std::uint32_t id;
-    };
-    std::vector<std::string> events;
-    std::vector<std::uint32_t> percents;
-    std::atomic<std::uint8_t> cancel{0};
-    int cancelAfterFiles = -1;     // set the flag after this many files are done
-    int cancelAfterPercents = -1;  // set the flag after this many progress reports
-    OverwriteMode answer = OVERWRITE_REPLACE;
-    std::array<Slot, 13> slots{};
-
-    static Recorder& From(void* context, std::uint32_t id) {
-        auto* slot = static_cast<Slot*>(context);
-        EXPECT_EQ(slot->id, id);
-        return *slot->recorder;
-    }
-    static std::string Narrow(const std::u16string* path) {
-        return fs::path(*path).filename().string();
-    }
-    static void OnProgress(std::uint32_t percent, void* context) {
-        Recorder& r = From(context, CALLBACK_PROGRESS);
-        r.percents.push_back(percent);
-        if (static_cast<int>(r.percents.size()) == r.cancelAfterPercents) {
-            r.cancel = 1;
-        }
-    }
-    static void OnFileDone(const std::u16string* path, void* context) {
-        Recorder& r = From(context, CALLBACK_FILE_DONE);
-        r.events.push_back("done " + Narrow(path));
-        if (--r.cancelAfterFiles == 0) {
-            r.cancel = 1;
-        }
-    }
-    static OverwriteMode OnFileExists(const std::u16string* path, bool* flag, void* context) {
-        Recorder& r = From(context, CALLBACK_FILE_EXISTS);
-        EXPECT_FALSE(*flag);
-        r.events.push_back("exists " + Narrow(path));
-        return r.answer;
-    }
-    static void OnFileWriting(const std::u16string* path, bool skipped, void* context) {
-        Recorder& r = From(context, CALLBACK_FILE_WRITING);
-        r.events.push_back((skipped ? "skip " : "write ") + Narrow(path));
-    }
-
-    void Attach(DCCArchiveUserSettings& settings) {
-        for (std::uint32_t id = 0; id < slots.size(); ++id) {
-            slots[id] = {this, id};
-            settings.callbackContexts[id] = &slots[id];
-        }
-        settings.cancelFlag = &cancel;
-        settings.onProgress = OnProgress;
-        settings.onFileDone = OnFileDone;
-        settings.onFileExists = OnFileExists;
-        settings.onFileWriting = OnFileWriting;
-    }
-};
-
-class DcfReaderTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        request_.sourcePath = folder_.Path(u"archive.dcf");
-        request_.targetPath = folder_.Path(u"out");
-        request_.password = u"secret";
-        fs::create_directory(Out());
-        recorder_.Attach(settings_);
-    }
-
-    fs::path Out() const { return folder_.Native() / "out"; }
-
-    void WriteArchive(const Bytes& image) {
-        std::ofstream(folder_.Native() / "archive.dcf", std::ios::binary | std::ios::trunc)
-            .write(reinterpret_cast<const char*>(image.data()),
-                   static_cast<std::streamsize>(image.size()));
-    }
-
-    FormatResult Extract(const Bytes& image) {
-        WriteArchive(image);
-        return format_.ExtractArchive(&request_, &settings_);
-    }
-
-    static std::optional<Bytes> ReadFile(const fs::path& path) {
-        std::ifstream in(path, std::ios::binary);
-        if (!in) {
-            return std::nullopt;
-        }
-        return Bytes(std::istreambuf_iterator<char>(in), {});
-    }
-
-    std::size_t FilesUnderOut() const {
-        return static_cast<std::size_t>(std::distance(fs::recursive_directory_iterator(Out()),
-                                                      fs::recursive_directory_iterator()));
-    }
-
-    tests::TestFolder folder_;
-    ArchiveExtractRequest request_;
-    DCCArchiveUserSettings settings_;
-    Recorder recorder_;
-    DCCFileFormatDCF format_;
-};
 
 TEST_F(DcfReaderTest, SampleImageRecordByRecord) {
     // One folder, a tagged file of 5000 bytes, an empty untagged file, 100-byte category blocks.
@@ -170,6 +59,11 @@ TEST_F(DcfReaderTest, SampleImageRecordByRecord) {
     }
     EXPECT_EQ(builder.Size(), offset + 1024);
 
+    struct Listener : DCIFileFormatCallback {
+        void OnFileExtracted(const std::u16string& path) override { paths.push_back(path); }
+        std::vector<std::u16string> paths;
+    } listener;
+    format_.SetCallback(&listener);
     ASSERT_EQ(Extract(builder.Image()), FORMAT_OK);
     EXPECT_EQ(ReadFile(Out() / "docs" / "a.txt"), content);
     EXPECT_EQ(ReadFile(Out() / "docs" / "empty.txt"), Bytes{});
@@ -179,6 +73,7 @@ TEST_F(DcfReaderTest, SampleImageRecordByRecord) {
               (std::vector<std::u16string>{docs + u"a.txt", docs + u"empty.txt"}));
     EXPECT_EQ(recorder_.events, (std::vector<std::string>{"write a.txt", "done a.txt",
                                                           "write empty.txt", "done empty.txt"}));
+    EXPECT_EQ(listener.paths, format_.ExtractedFiles());
     // Progress rises strictly, ends at 100 after the last chunk and was told once per chunk.
     EXPECT_EQ(recorder_.percents, (std::vector<std::uint32_t>{40, 81, 100}));
 
@@ -195,8 +90,7 @@ TEST_F(DcfReaderTest, FormatVersionsZeroToFour) {
     const Bytes content = tests::Noise(3000, 3);
     for (const std::uint8_t version : {0, 1, 2, 3, 4}) {
         SCOPED_TRACE(static_cast<int>(version));
-        fs::remove_all(Out());
-        fs::create_directory(Out());
+        ResetOut();
         ImageSettings settings;
         settings.formatVersion = version;
         // Versions other than 3 carry the tag flag without a tag block: it must not be read.
@@ -309,11 +203,14 @@ TEST_F(DcfReaderTest, SkipConsumesTheStreamAndMovesProgress) {
     EXPECT_EQ(recorder_.events,
               (std::vector<std::string>{"skip first", "skip none", "write second", "done second"}));
     EXPECT_EQ(format_.ExtractedFiles().size(), 1u);
-    EXPECT_EQ(recorder_.percents.back(), 100u);
+    const std::vector<std::uint32_t> skippedPercents = recorder_.percents;
 
-    // Mode 100 replaces, an empty entry included.
+    // Mode 100 replaces, an empty entry included; progress moves as it did for the skips.
     settings_.overwriteMode = OVERWRITE_REPLACE;
+    recorder_.percents.clear();
     ASSERT_EQ(Extract(image), FORMAT_OK);
+    EXPECT_EQ(recorder_.percents, skippedPercents);
+    EXPECT_EQ(format_.ExtractedFiles().size(), 3u);
     EXPECT_EQ(ReadFile(Out() / "first"), first);
     EXPECT_EQ(ReadFile(Out() / "none"), Bytes{});
 }
@@ -346,8 +243,7 @@ TEST_F(DcfReaderTest, CancelBetweenAndInsideEntries) {
     EXPECT_TRUE(fs::exists(Out() / "a"));
     EXPECT_FALSE(fs::exists(Out() / "b"));
 
-    fs::remove_all(Out());
-    fs::create_directory(Out());
+    ResetOut();
     recorder_.cancel = 0;
     recorder_.cancelAfterFiles = -1;
     recorder_.cancelAfterPercents = 2;  // two chunks of b are written, then the flag is up
@@ -504,7 +400,9 @@ TEST_F(DcfReaderTest, ArchiveThatContainsItselfReplacesItAtTheEnd) {
     EXPECT_EQ(leftovers, 0u);
 }
 
-TEST_F(DcfReaderTest, TruncatedImagesNeverCrash) {
+TEST_F(DcfReaderTest, TruncatedImagesLeaveWhatTheTablePromises) {
+    // Records: preamble, key block, folder header, end of header, names, then a's header, tag
+    // block and stream, then b's header and stream.
     tests::ImageBuilder builder(ImageSettings{});
     builder.Preamble(OneCategoryBlock());
     builder.KeyBlock();
@@ -514,27 +412,47 @@ TEST_F(DcfReaderTest, TruncatedImagesNeverCrash) {
     builder.FolderHeader({3, 2, 1, a.size() + 3, names.size()});
     builder.EndOfHeader();
     builder.NameBlock({u"\\t"}, files);
-    builder.FileHeader({a.size(), 1, 16});
+    builder.FileHeader({a.size(), 1, dcf::RaisedTagBlockLength(OneCategoryBlock().size())});
     builder.TagBlock(OneCategoryBlock());
     builder.DataStream(a);
     builder.FileHeader({3, 0, 0});
     builder.DataStream(Bytes(3, 'b'));
     const Bytes& image = builder.Image();
-    std::vector<std::size_t> cuts;
-    for (const std::size_t border : builder.Borders()) {
-        for (const std::size_t cut : {border, border + 1, border + 15}) {
-            if (cut < image.size()) {
-                cuts.push_back(cut);
+    std::vector<std::size_t> borders = builder.Borders();
+    ASSERT_EQ(borders.size(), 12u);  // a's stream is three chunks
+    borders.erase(borders.begin() + 8, borders.begin() + 10);
+    enum Record { kNames = 4, kHeaderA = 5, kStreamA = 7, kHeaderB = 8, kStreamB = 9 };
+
+    for (std::size_t record = 0; record < borders.size(); ++record) {
+        const std::size_t end = record + 1 < borders.size() ? borders[record + 1] : image.size();
+        for (const std::size_t cut : {borders[record], borders[record] + 1, end - 1}) {
+            SCOPED_TRACE(testing::Message() << "record " << record << ", cut at " << cut);
+            ResetOut();
+            const FormatResult result = Extract(Bytes(image.begin(), image.begin() + cut));
+            const auto fileA = ReadFile(Out() / "t" / "a");
+            const auto fileB = ReadFile(Out() / "t" / "b");
+            if (record <= kNames) {
+                // Up to the names nothing is touched; a short name block is no failure.
+                EXPECT_EQ(result, record == kNames ? FORMAT_OK : FORMAT_FAILED);
+                EXPECT_EQ(FilesUnderOut(), 0u);
+                continue;
+            }
+            EXPECT_EQ(result, FORMAT_FAILED);
+            EXPECT_TRUE(fs::is_directory(Out() / "t"));
+            if (record < kStreamA) {
+                EXPECT_EQ(FilesUnderOut(), 1u);
+            } else if (record == kStreamA) {
+                // The file in work keeps the whole chunks written before the cut.
+                ASSERT_TRUE(fileA.has_value());
+                EXPECT_LT(fileA->size(), a.size());
+                EXPECT_TRUE(std::equal(fileA->begin(), fileA->end(), a.begin()));
+                EXPECT_FALSE(fileB.has_value());
+            } else {
+                EXPECT_EQ(fileA, a);
+                EXPECT_EQ(fileB.has_value(), record == kStreamB);
+                EXPECT_NE(fileB, Bytes(3, 'b'));
             }
         }
-    }
-    for (const std::size_t cut : cuts) {
-        SCOPED_TRACE(cut);
-        fs::remove_all(Out());
-        fs::create_directory(Out());
-        const FormatResult result = Extract(Bytes(image.begin(), image.begin() + cut));
-        EXPECT_TRUE(result == FORMAT_OK || result == FORMAT_FAILED) << result;
-        EXPECT_NE(ReadFile(Out() / "t" / "b"), Bytes(3, 'b'));
     }
 }
 
@@ -595,8 +513,7 @@ TEST_F(DcfReaderKeyTest, PrivateKeyRouteWithKeyBlockVersionsAndSuites) {
     for (const auto& [version, suite] :
          {std::pair<std::uint16_t, std::uint32_t>{3, 1}, {1, 1}, {3, 16}, {3, 5}}) {
         SCOPED_TRACE(testing::Message() << version << "/" << suite);
-        fs::remove_all(Out());
-        fs::create_directory(Out());
+        ResetOut();
         ASSERT_EQ(Extract(Sealed(version, suite, content)), FORMAT_OK);
         EXPECT_EQ(ReadFile(Out() / "k"), content);
     }
@@ -616,6 +533,32 @@ TEST_F(DcfReaderKeyTest, PasswordTakesPrecedenceAndZeroNumbersMeanNoKey) {
     request_.securityKey = *key_;
     request_.securityKey.Flags &= ~Zelmarik::KeyHasPrivate;
     EXPECT_EQ(Extract(image), FORMAT_BAD_KEY);
+    // A key of another recipient: the message shows no "FILE".
+    ResetOut();
+    request_.securityKey = *key_;
+    request_.securityKey.PrivateKey->Numbers[0][0] ^= 2;
+    EXPECT_EQ(Extract(image), FORMAT_BAD_KEY);
+    EXPECT_EQ(FilesUnderOut(), 0u);
+}
+
+TEST_F(DcfReaderKeyTest, SuiteNamedByTheKeyBlockDecides) {
+    // By the RSA slot the suite id of the key block is taken as it stands: an empty row fails
+    // the opening; another suite than the one in force opens keys that read no folder header.
+    request_.securityKey = *key_;
+    request_.password.clear();
+    ImageSettings settings;
+    settings.modulus = modulus_->data();
+    for (const auto& [declared, expected] :
+         {std::pair<std::uint32_t, FormatResult>{11, FORMAT_BAD_KEY},
+          {0xFFFFFFFFu, FORMAT_BAD_KEY},
+          {13, FORMAT_FAILED},
+          {2, FORMAT_FAILED}}) {
+        SCOPED_TRACE(declared);
+        settings.declaredSuite = declared;
+        EXPECT_EQ(Extract(tests::BuildImage(settings, {}, {{u"\\k", Bytes(5, 'k'), {}}})),
+                  expected);
+        EXPECT_EQ(FilesUnderOut(), 0u);
+    }
 }
 
 }  // namespace

@@ -93,7 +93,7 @@ void ImageBuilder::KeyBlock() {
     fields.version = settings_.keyBlockVersion;
     fields.crc = crypto::Crc32(area);
     fields.created = 0x01D9000011112222;
-    fields.suiteId = settings_.suite;
+    fields.suiteId = settings_.declaredSuite != 0 ? settings_.declaredSuite : settings_.suite;
     dcf::StoreKeyBlockFields(block, fields);
 
     if (settings_.modulus != nullptr) {

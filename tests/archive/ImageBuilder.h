@@ -20,6 +20,8 @@ struct ImageSettings {
     std::uint8_t formatVersion = 3;
     std::uint16_t keyBlockVersion = 3;
     std::u16string password = u"secret";
+    // The suite id that the key block names, when it differs from the suite in force.
+    std::uint32_t declaredSuite = 0;
     // 128 words: the recipient's modulus that seals the RSA slot; null leaves it random.
     const std::uint32_t* modulus = nullptr;
     std::uint32_t seed = 1;

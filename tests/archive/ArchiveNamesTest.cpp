@@ -23,7 +23,7 @@ TEST(ArchiveNames, JoinTurnsBackslashesIntoTheSeparator) {
 
 TEST(ArchiveNames, PlainNamesPassAndHostileOnesDoNot) {
     for (const std::u16string_view name :
-         {u"\\a", u"\\a\\b.txt", u"\\x..y", u"\\...a", u"\\con.d\\f", u"\\\u00e9t\u00e9"}) {
+         {u"\\a", u"\\a\\b.txt", u"\\x..y", u"\\...a", u"\\\u00e9t\u00e9"}) {
         EXPECT_TRUE(IsSafeArchiveName(name)) << std::string(name.begin(), name.end());
     }
     for (const std::u16string_view name :
@@ -36,8 +36,9 @@ TEST(ArchiveNames, PlainNamesPassAndHostileOnesDoNot) {
 
 TEST(ArchiveNames, DeviceNamesAndTrailingDotsWhereBackslashSeparates) {
     const bool refused = kSep == u'\\';
-    for (const std::u16string_view name : {u"\\CON", u"\\d\\nul.txt", u"\\com1", u"\\LPT9.log",
-                                           u"\\aux .x", u"\\a.", u"\\a ", u"\\d.\\f"}) {
+    for (const std::u16string_view name :
+         {u"\\CON", u"\\d\\nul.txt", u"\\com1", u"\\LPT9.log", u"\\aux .x", u"\\con.d\\f", u"\\a.",
+          u"\\a ", u"\\d.\\f"}) {
         EXPECT_EQ(IsSafeArchiveName(name), !refused) << std::string(name.begin(), name.end());
     }
     EXPECT_TRUE(IsSafeArchiveName(u"\\com0"));

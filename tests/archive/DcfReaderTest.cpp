@@ -16,6 +16,7 @@
 #include "archive/SfxTrailer.h"
 #include "crypto/KeyGeneration.h"
 #include "crypto/Rsa.h"
+#include "platform/File.h"
 #include "platform/TaggedFile.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
@@ -391,7 +392,9 @@ TEST_F(DcfReaderTest, ArchiveThatContainsItselfReplacesItAtTheEnd) {
     settings_.overwriteMode = OVERWRITE_ASK;
     settings_.onFileExists = nullptr;  // would end the run if it were asked
     ASSERT_EQ(Extract(image), FORMAT_OK);
-    EXPECT_EQ(ReadFile(folder_.Native() / "archive.dcf"), replacement);
+    // Where an open file cannot be deleted (Windows), the archive stays and the replacement goes.
+    const bool openFilesDeletable = platform::kPathSeparator == u'/';
+    EXPECT_EQ(ReadFile(folder_.Native() / "archive.dcf") == replacement, openFilesDeletable);
     EXPECT_EQ(ReadFile(folder_.Native() / "other"), Bytes(2, 'o'));
     std::size_t leftovers = 0;
     for (const auto& entry : fs::directory_iterator(folder_.Native())) {

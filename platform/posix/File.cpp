@@ -52,23 +52,6 @@ auto Retry(Call call) {
 
 }  // namespace
 
-File::~File() {
-    Close();
-}
-
-File::File(File&& other) noexcept : handle_(other.handle_) {
-    other.handle_ = -1;
-}
-
-File& File::operator=(File&& other) noexcept {
-    if (this != &other) {
-        Close();
-        handle_ = other.handle_;
-        other.handle_ = -1;
-    }
-    return *this;
-}
-
 ErrorCode File::Open(const std::u16string& path, OpenMode mode) {
     Close();
     int flags = O_CLOEXEC;

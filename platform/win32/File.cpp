@@ -18,23 +18,6 @@ HANDLE Handle(std::intptr_t handle) {
 
 }  // namespace
 
-File::~File() {
-    Close();
-}
-
-File::File(File&& other) noexcept : handle_(other.handle_) {
-    other.handle_ = -1;
-}
-
-File& File::operator=(File&& other) noexcept {
-    if (this != &other) {
-        Close();
-        handle_ = other.handle_;
-        other.handle_ = -1;
-    }
-    return *this;
-}
-
 ErrorCode File::Open(const std::u16string& path, OpenMode mode) {
     Close();
     DWORD access = GENERIC_READ;

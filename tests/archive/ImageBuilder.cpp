@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "Common/Common/Endian.h"
+#include "Common/DataCategory/CategoryContainer.h"
 #include "crypto/Hashes.h"
 #include "crypto/Rsa.h"
 
@@ -59,6 +60,15 @@ Bytes Noise(std::size_t size, std::uint32_t seed) {
         byte = static_cast<std::uint8_t>(random());
     }
     return bytes;
+}
+
+Bytes OneCategoryBlock() {
+    Zelmarik::CCategoryContainer container;
+    Zelmarik::CDlpCategory category;
+    category.Id = Zelmarik::CGuid(std::array<std::uint8_t, 16>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
+    container.Add(category);
+    const Zelmarik::Blob blob = Zelmarik::WriteCategoryBlock(container);
+    return Bytes(blob.Data(), blob.Data() + blob.Size());
 }
 
 ImageBuilder::ImageBuilder(const ImageSettings& settings)

@@ -70,6 +70,9 @@ private:
 Bytes Compress(std::span<const std::uint8_t> data);
 // Bytes that compress poorly, from a seed.
 Bytes Noise(std::size_t size, std::uint32_t seed);
+// The block form of a container with one category, whose identifier is the bytes 1 to 10 and
+// six zeros.
+Bytes OneCategoryBlock();
 
 struct EntrySpec {
     std::u16string name;

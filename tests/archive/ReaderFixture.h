@@ -24,16 +24,6 @@ namespace tests {
 
 namespace fs = std::filesystem;
 
-// The block form of a container with one category.
-inline Bytes OneCategoryBlock() {
-    Zelmarik::CCategoryContainer container;
-    Zelmarik::CDlpCategory category;
-    category.Id = Zelmarik::CGuid(std::array<std::uint8_t, 16>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
-    container.Add(category);
-    const Zelmarik::Blob blob = Zelmarik::WriteCategoryBlock(container);
-    return Bytes(blob.Data(), blob.Data() + blob.Size());
-}
-
 // What the callbacks saw. Each callback is registered with the context of its own id and
 // checks that it gets that one.
 struct Recorder {

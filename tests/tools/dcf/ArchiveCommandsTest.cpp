@@ -1,0 +1,330 @@
+// dcf extract, list, test and info, run as a program on images made record by record.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "archive/SfxTrailer.h"
+#include "crypto/Rsa.h"
+#include "tests/TestFolder.h"
+#include "tests/archive/ImageBuilder.h"
+
+namespace {
+
+using tests::Bytes;
+namespace fs = std::filesystem;
+
+// Exit codes of dcf, as its help text documents them.
+constexpr int kUsage = 2;
+constexpr int kBadKey = 3;
+constexpr int kDamaged = 4;
+constexpr int kIo = 5;
+constexpr int kCancelled = 6;
+
+std::string ReadAll(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void WriteAll(const fs::path& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+}
+
+void WriteAll(const fs::path& path, const Bytes& bytes) {
+    WriteAll(path, std::string(bytes.begin(), bytes.end()));
+}
+
+std::string Quoted(const fs::path& path) {
+    return "'" + path.string() + "'";
+}
+
+struct Outcome {
+    int code = -1;
+    std::string out;
+    std::string err;
+};
+
+class ArchiveCommandsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        content_ = tests::Noise(5000, 3);
+        image_ = tests::BuildImage(
+            tests::ImageSettings{}, {u"\\d"},
+            {{u"\\d\\a", content_, tests::OneCategoryBlock()}, {u"\\d\\b", Bytes(20, 'b'), {}}},
+            tests::OneCategoryBlock(), &at_);
+        WriteAll(Archive(), image_);
+        WriteAll(PasswordFile(), std::string("secret\n"));
+    }
+
+    fs::path Path(const std::string& name) const { return folder_.Native() / name; }
+    fs::path Archive() const { return Path("archive.dcf"); }
+    fs::path PasswordFile() const { return Path("password"); }
+    std::string WithPassword() const { return " --password-file " + Quoted(PasswordFile()); }
+
+    // Runs dcf with `arguments` and `input` on standard input; nothing of it is a terminal.
+    Outcome Dcf(const std::string& arguments, const std::string& input = "") {
+        WriteAll(Path("stdin"), input);
+        const std::string command = "cd " + Quoted(folder_.Native()) +
+                                    " && \"" DCF_TOOL_PATH "\" " + arguments +
+                                    " <stdin >stdout 2>stderr; echo $? >rc";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        return {std::stoi(ReadAll(Path("rc"))), ReadAll(Path("stdout")), ReadAll(Path("stderr"))};
+    }
+
+    // A failure is told in one line that names the command and the file.
+    static void ExpectOneLine(const Outcome& outcome, const std::string& command,
+                              const std::string& needle) {
+        EXPECT_EQ(outcome.err.rfind("dcf " + command + ": ", 0), 0u) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        EXPECT_NE(outcome.err.find(needle), std::string::npos) << outcome.err;
+    }
+
+    void ExpectExtracted(const fs::path& root) const {
+        EXPECT_EQ(ReadAll(root / "d" / "a"), std::string(content_.begin(), content_.end()));
+        EXPECT_EQ(ReadAll(root / "d" / "b"), std::string(20, 'b'));
+    }
+
+    tests::TestFolder folder_;
+    Bytes content_;
+    Bytes image_;
+    // Where the records begin: preamble, key block, folder header, end of header, names, a's
+    // header, tag block and three chunks, b's header and chunk.
+    std::vector<std::size_t> at_;
+};
+
+TEST_F(ArchiveCommandsTest, PlainAndSelfExtractingFilesReadAlike) {
+    // The image behind stub bytes with its trailer, under a name that says nothing.
+    Bytes sfx(3000, 'M');
+    sfx.insert(sfx.end(), image_.begin(), image_.end());
+    const SfxTrailerBytes trailer = BuildSfxTrailer(image_.size());
+    sfx.insert(sfx.end(), trailer.begin(), trailer.end());
+    WriteAll(Path("parcel.bin"), sfx);
+
+    for (const auto& [file, offset] :
+         {std::pair<std::string, std::size_t>{"archive.dcf", 0}, {"parcel.bin", 3000}}) {
+        SCOPED_TRACE(file);
+        const fs::path out = Path("out-" + file);
+        const Outcome extracted = Dcf("extract " + file + " -C " + Quoted(out) + WithPassword());
+        ASSERT_EQ(extracted.code, 0) << extracted.err;
+        EXPECT_EQ(extracted.err, "");  // no progress line where there is no terminal
+        EXPECT_NE(extracted.out.find("Extracted 2 of 2 files"), std::string::npos);
+        ExpectExtracted(out);
+
+        const Outcome info = Dcf("info --json " + file);
+        ASSERT_EQ(info.code, 0) << info.err;
+        const auto json = nlohmann::json::parse(info.out);
+        EXPECT_EQ(json["selfExtracting"], offset != 0);
+        EXPECT_EQ(json["imageOffset"], offset);
+        EXPECT_EQ(json["imageSize"], image_.size());
+        EXPECT_EQ(json["categoriesIntact"], true);
+        ASSERT_EQ(json["categories"].size(), 1u);
+        EXPECT_NE(json["categories"][0]["id"].get<std::string>().find("04030201"),
+                  std::string::npos);
+    }
+    // Quiet means no output at all.
+    const Outcome quiet = Dcf("extract archive.dcf -q --overwrite replace -C q" + WithPassword());
+    ASSERT_EQ(quiet.code, 0);
+    EXPECT_EQ(quiet.out + quiet.err, "");
+}
+
+TEST_F(ArchiveCommandsTest, ListAndTestReadEveryEntryAndWriteNothing) {
+    const Outcome listed = Dcf("list --json archive.dcf" + WithPassword());
+    ASSERT_EQ(listed.code, 0) << listed.err;
+    const auto json = nlohmann::json::parse(listed.out);
+    EXPECT_EQ(json["selfExtracting"], false);
+    EXPECT_EQ(json["formatVersion"], 3);
+    EXPECT_EQ(json["suite"], 1);
+    EXPECT_EQ(json["totalSize"], 5020);
+    EXPECT_EQ(json["folders"], nlohmann::json::array({"d"}));
+    ASSERT_EQ(json["files"].size(), 2u);
+    EXPECT_EQ(json["files"][0]["name"], "d/a");
+    EXPECT_EQ(json["files"][0]["size"], 5000);
+    EXPECT_EQ(json["files"][0]["categories"].size(), 1u);
+    EXPECT_EQ(json["files"][1]["name"], "d/b");
+    EXPECT_TRUE(json["files"][1]["categories"].empty());
+
+    const Outcome plain = Dcf("list archive.dcf" + WithPassword());
+    ASSERT_EQ(plain.code, 0);
+    EXPECT_NE(plain.out.find(" 5000 d/a  [1 categories]\n"), std::string::npos) << plain.out;
+    EXPECT_NE(plain.out.find("   20 d/b\n"), std::string::npos) << plain.out;
+
+    const Outcome tested = Dcf("test archive.dcf" + WithPassword());
+    ASSERT_EQ(tested.code, 0) << tested.err;
+    EXPECT_NE(tested.out.find("OK, 2 files, 1 folders, 5020 bytes"), std::string::npos);
+    EXPECT_FALSE(fs::exists(Path("d")));
+
+    // Damage in the first file's compressed data is found by test and named by its entry.
+    Bytes damaged = image_;
+    damaged[at_[8] + 16 + 40] ^= 0x20;  // inside a's second chunk
+    WriteAll(Path("damaged.dcf"), damaged);
+    const Outcome failed = Dcf("test damaged.dcf" + WithPassword());
+    EXPECT_EQ(failed.code, kDamaged);
+    ExpectOneLine(failed, "test", "damaged.dcf (in entry d/a)");
+}
+
+TEST_F(ArchiveCommandsTest, PasswordSources) {
+    // The first line of the file counts, without its line end, whatever the line end is.
+    for (const std::string text : {"secret", "secret\r\nsecond line", "secret\nsecond line"}) {
+        WriteAll(PasswordFile(), text);
+        EXPECT_EQ(Dcf("test -q archive.dcf" + WithPassword()).code, 0) << text;
+    }
+    WriteAll(PasswordFile(), std::string("secret \n"));
+    EXPECT_EQ(Dcf("test -q archive.dcf" + WithPassword()).code, kBadKey);
+
+    EXPECT_EQ(Dcf("test -q archive.dcf --password-stdin", "secret\nignored\n").code, 0);
+    EXPECT_EQ(Dcf("test -q archive.dcf --password-stdin", "secret").code, 0);
+    const Outcome wrong = Dcf("test -q archive.dcf --password-stdin", "Secret\n");
+    EXPECT_EQ(wrong.code, kBadKey);
+    ExpectOneLine(wrong, "test", "archive.dcf");
+
+    const Outcome missing = Dcf("test archive.dcf --password-file nowhere");
+    EXPECT_EQ(missing.code, kIo);
+    ExpectOneLine(missing, "test", "nowhere");
+
+    // No key option and no terminal to ask on: a usage error, and nothing is read.
+    const Outcome none = Dcf("extract archive.dcf -C none");
+    EXPECT_EQ(none.code, kUsage);
+    ExpectOneLine(none, "extract", "--password-file");
+    EXPECT_FALSE(fs::exists(Path("none") / "d"));
+
+    // Two key options at once are refused by the command line.
+    EXPECT_EQ(Dcf("list archive.dcf --password-stdin" + WithPassword()).code, kUsage);
+}
+
+TEST_F(ArchiveCommandsTest, ExitCodesByClassOfFailure) {
+    const Outcome absent = Dcf("extract nothing.dcf -C out" + WithPassword());
+    EXPECT_EQ(absent.code, kIo);
+    ExpectOneLine(absent, "extract", "nothing.dcf");
+
+    Bytes badHeader = image_;
+    badHeader[at_[2] + 3] ^= 1;
+    WriteAll(Path("bad.dcf"), badHeader);
+    const Outcome damaged = Dcf("extract bad.dcf -C out" + WithPassword());
+    EXPECT_EQ(damaged.code, kDamaged);
+    ExpectOneLine(damaged, "extract", "bad.dcf (in the folder header)");
+
+    WriteAll(Path("plain.txt"), std::string(4000, 't'));
+    const Outcome foreign = Dcf("info plain.txt");
+    EXPECT_EQ(foreign.code, kDamaged);
+    ExpectOneLine(foreign, "info", "plain.txt: not a DCF archive");
+
+    // The target folder can't be made: a file stands in its way.
+    WriteAll(Path("blocker"), std::string("x"));
+    const Outcome blocked = Dcf("extract archive.dcf -C blocker/sub" + WithPassword());
+    EXPECT_EQ(blocked.code, kIo);
+    ExpectOneLine(blocked, "extract", "blocker/sub");
+
+    EXPECT_EQ(Dcf("extract").code, kUsage);
+    EXPECT_EQ(Dcf("extract archive.dcf --overwrite sometimes" + WithPassword()).code, kUsage);
+    EXPECT_EQ(Dcf("frobnicate").code, kUsage);
+}
+
+TEST_F(ArchiveCommandsTest, OverwriteModes) {
+    const auto prepare = [this] {
+        fs::remove_all(Path("out"));
+        fs::create_directories(Path("out") / "d");
+        WriteAll(Path("out") / "d" / "a", std::string("old"));
+    };
+    prepare();
+    ASSERT_EQ(Dcf("extract archive.dcf -C out --overwrite replace" + WithPassword()).code, 0);
+    ExpectExtracted(Path("out"));
+
+    prepare();
+    ASSERT_EQ(Dcf("extract archive.dcf -C out --overwrite skip" + WithPassword()).code, 0);
+    EXPECT_EQ(ReadAll(Path("out") / "d" / "a"), "old");
+    EXPECT_EQ(ReadAll(Path("out") / "d" / "b"), std::string(20, 'b'));
+
+    for (const std::string mode : {"cancel", "ask"}) {
+        SCOPED_TRACE(mode);
+        prepare();
+        const Outcome stopped =
+            Dcf("extract archive.dcf -C out --overwrite " + mode + WithPassword());
+        EXPECT_EQ(stopped.code, kCancelled);
+        // Without a terminal "ask" can't ask: it stops like "cancel".
+        ExpectOneLine(stopped, "extract", "--overwrite");
+        EXPECT_EQ(ReadAll(Path("out") / "d" / "a"), "old");
+        EXPECT_FALSE(fs::exists(Path("out") / "d" / "b"));
+    }
+}
+
+// A private key made by dcf keygen once for the suite: it takes a while.
+class ArchiveKeyCommandTest : public ArchiveCommandsTest {
+protected:
+    static void SetUpTestSuite() {
+        keys_ = new tests::TestFolder;
+        const std::string command = "\"" DCF_TOOL_PATH "\" keygen --name r --out " +
+                                    Quoted(keys_->Native() / "r") + " >/dev/null 2>&1";
+        ASSERT_EQ(std::system(command.c_str()), 0);
+        modulus_ = new std::array<std::uint32_t, Zelmarik::kRsaNumberWords>{};
+        const std::string text = ReadAll(keys_->Native() / "r.pubkey");
+        Zelmarik::DCRSA::NumberFromHex(modulus_->data(), modulus_->size(), text, text.size());
+    }
+    static void TearDownTestSuite() {
+        delete keys_;
+        delete modulus_;
+    }
+    static tests::TestFolder* keys_;
+    static std::array<std::uint32_t, Zelmarik::kRsaNumberWords>* modulus_;
+};
+
+tests::TestFolder* ArchiveKeyCommandTest::keys_ = nullptr;
+std::array<std::uint32_t, Zelmarik::kRsaNumberWords>* ArchiveKeyCommandTest::modulus_ = nullptr;
+
+TEST_F(ArchiveKeyCommandTest, PrivateKeyOpensTheRsaSlot) {
+    tests::ImageSettings settings;
+    settings.modulus = modulus_->data();
+    settings.password = u"unknown to the recipient";
+    WriteAll(Path("sealed.dcf"), tests::BuildImage(settings, {}, {{u"\\k", content_, {}}}));
+    const std::string key = " --key " + Quoted(keys_->Native() / "r.privkey");
+    const Outcome opened = Dcf("extract sealed.dcf -C out" + key);
+    ASSERT_EQ(opened.code, 0) << opened.err;
+    EXPECT_EQ(ReadAll(Path("out") / "k"), std::string(content_.begin(), content_.end()));
+
+    // The archive of this fixture was sealed for nobody: the key opens nothing.
+    const Outcome refused = Dcf("list archive.dcf" + key);
+    EXPECT_EQ(refused.code, kBadKey);
+    ExpectOneLine(refused, "list", "archive.dcf");
+
+    WriteAll(Path("junk.privkey"), std::string(300, 'j'));
+    const Outcome junk = Dcf("list sealed.dcf --key junk.privkey");
+    EXPECT_NE(junk.code, 0);
+    ExpectOneLine(junk, "list", "junk.privkey");
+}
+
+// Runs dcf on a pseudo-terminal through script(1); the line is typed once the prompt shows.
+TEST_F(ArchiveCommandsTest, PasswordIsAskedWithoutEchoOnATerminal) {
+    if (std::system("command -v script >/dev/null 2>&1 && command -v mkfifo >/dev/null 2>&1") !=
+        0) {
+        GTEST_SKIP() << "no script(1) to make a terminal";
+    }
+    const std::string run =
+        "cd " + Quoted(folder_.Native()) +
+        " || exit 1\n"
+        "mkfifo typed || exit 1\n"
+        "(script -qfec '\"" DCF_TOOL_PATH
+        "\" list archive.dcf' transcript <typed >/dev/null; echo $? >rc) &\n"
+        "exec 3>typed\n"
+        "i=0\n"
+        "until grep -q 'Password for' transcript 2>/dev/null || [ $i -ge 200 ]; "
+        "do sleep 0.05; i=$((i+1)); done\n"
+        "sleep 0.2\n"
+        "printf 'secret\\n' >&3\n"
+        "exec 3>&-\n"
+        "wait\n";
+    ASSERT_EQ(std::system(run.c_str()), 0);
+    const std::string transcript = ReadAll(Path("transcript"));
+    EXPECT_EQ(std::stoi(ReadAll(Path("rc"))), 0) << transcript;
+    EXPECT_NE(transcript.find("Password for archive.dcf: "), std::string::npos) << transcript;
+    EXPECT_NE(transcript.find("d/a"), std::string::npos) << transcript;
+    EXPECT_EQ(transcript.find("secret"), std::string::npos) << transcript;
+}
+
+}  // namespace

@@ -39,19 +39,25 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// An unsigned field in the manner of formatted input: blanks, a sign, at least one digit. The
-// value is cut to 16 bits as a conversion to a short would do; far too large values saturate
-// first, as they would in a 32-bit conversion.
-bool ScanUnsigned16(std::string_view& in, std::uint16_t& value) {
+// Where the digits of a number begin: behind leading blanks and one optional sign.
+std::size_t SkipBlanksAndSign(std::string_view in, bool& negative) {
     std::size_t i = 0;
     while (i < in.size() && IsBlank(in[i])) {
         ++i;
     }
-    bool negative = false;
+    negative = i < in.size() && in[i] == '-';
     if (i < in.size() && (in[i] == '+' || in[i] == '-')) {
-        negative = in[i] == '-';
         ++i;
     }
+    return i;
+}
+
+// An unsigned field in the manner of formatted input: blanks, a sign, at least one digit. The
+// value is cut to 16 bits as a conversion to a short would do; far too large values saturate
+// first, as they would in a 32-bit conversion.
+bool ScanUnsigned16(std::string_view& in, std::uint16_t& value) {
+    bool negative = false;
+    std::size_t i = SkipBlanksAndSign(in, negative);
     if (i == in.size() || !IsDigit(in[i])) {
         return false;
     }
@@ -86,15 +92,8 @@ bool ScanLiteral(std::string_view& in, char literal) {
 // sign, the digits up to the first other character; no digits give 0, and values beyond 32 bits
 // saturate.
 std::int32_t ParseInteger(std::string_view in) {
-    std::size_t i = 0;
-    while (i < in.size() && IsBlank(in[i])) {
-        ++i;
-    }
     bool negative = false;
-    if (i < in.size() && (in[i] == '+' || in[i] == '-')) {
-        negative = in[i] == '-';
-        ++i;
-    }
+    std::size_t i = SkipBlanksAndSign(in, negative);
     constexpr std::int64_t kLimit = std::int64_t{std::numeric_limits<std::int32_t>::max()} + 1;
     std::int64_t value = 0;
     for (; i < in.size() && IsDigit(in[i]); ++i) {

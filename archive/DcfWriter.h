@@ -1,0 +1,20 @@
+#pragma once
+// Writing a DCF image to an open stream: the category preamble, the sealed key block, the
+// headers, the name block and one entry for each file of the request.
+
+#include "archive/ArchiveUserSettings.h"
+#include "archive/ArchiveWriteRequest.h"
+#include "archive/ResultCodes.h"
+#include "platform/File.h"
+
+// FORMAT_BAD_ARGUMENT when the request passes a limit of the format: a password of more than 64
+// bytes, a file of 2^31 whole pieces or more, more than 2^32 - 1 files or folders, a name block
+// beyond 32 bits, or an item whose path does not begin with the root's folder.
+FormatResult CheckWriteRequest(const ArchiveWriteRequest& request);
+
+// Appends the image of `request` at the stream's current position, without seeking, and closes
+// the stream on every way out. Starts the random pool for the key block and stops it again.
+// A source file that can't be opened gives an entry without data; the result codes are those
+// of the format classes' WriteArchive.
+FormatResult WriteArchiveBody(platform::File& stream, ArchiveWriteRequest& request,
+                              DCCArchiveUserSettings& settings);

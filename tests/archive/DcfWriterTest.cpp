@@ -1,0 +1,395 @@
+// Archives written by the format classes and read back: by the reader, and record by record
+// where the layout itself is the point.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+
+#include "Common/Common/Endian.h"
+#include "archive/DcfReader.h"
+#include "archive/FileFormatSFX.h"
+#include "archive/KeyBlockSealing.h"
+#include "archive/SfxTrailer.h"
+#include "crypto/ChunkChain.h"
+#include "crypto/KeyGeneration.h"
+#include "crypto/RandomPool.h"
+#include "crypto/Rsa.h"
+#include "tests/archive/WriterFixture.h"
+
+namespace tests {
+namespace {
+
+using Zelmarik::CCategoryContainer;
+using Zelmarik::CDlpCategory;
+
+// Text that compresses well, of any length.
+Bytes Text(std::size_t size, char seed) {
+    Bytes text(size);
+    for (std::size_t i = 0; i < size; ++i) {
+        text[i] = static_cast<std::uint8_t>("lorem ipsum dolor "[(i + seed) % 18]);
+    }
+    return text;
+}
+
+CDlpCategory Category(std::uint8_t id) {
+    CDlpCategory category;
+    category.Id = Zelmarik::CGuid(std::array<std::uint8_t, 16>{id, 0, 0, 0, 0, 0, 0, 0, 0, id});
+    category.Name = u"category " + std::u16string(1, static_cast<char16_t>(u'A' + id));
+    return category;
+}
+
+using DcfWriterTest = WriterFixture;
+
+TEST_F(DcfWriterTest, TreeRoundTripsWithEveryPieceBorderAndName) {
+    AddFolder("empty");
+    AddFolder("deep/a/b/c/d/e/f/g");
+    // Sizes around the piece of 2048 bytes, compressible and not.
+    for (const std::size_t size : {0, 1, 15, 16, 2047, 2048, 2049, 4096, 3 * 2048 + 5}) {
+        AddFile("sizes/text" + std::to_string(size), Text(size, 3));
+        AddFile("sizes/noise" + std::to_string(size),
+                Noise(size, static_cast<std::uint32_t>(size)));
+    }
+    AddFile("deep/a/b/c/d/e/f/g/leaf.txt", Text(100, 1));
+    AddFile(fs::path(u8"\u00dcn\u00efc\u00f6d\u00e9 \u540d\u524d/\u0444\u0430\u0439\u043b.txt"),
+            Text(3000, 7));
+    for (int i = 0; i < 300; ++i) {
+        AddFile("many/f" + std::to_string(i), Text(static_cast<std::size_t>(i % 37), 'a' + i % 5));
+    }
+    ASSERT_EQ(Write(), FORMAT_OK);
+    EXPECT_EQ(lastRequest_.archiveName, ArchivePath().u16string());
+    EXPECT_EQ(LeftInFolder(), std::set<std::string>{"archive.dcf"});
+
+    ASSERT_EQ(Extract(u"secret"), FORMAT_OK);
+    ExpectExtractedTree();
+    EXPECT_TRUE(fs::is_directory(Out() / "data" / "empty"));
+    EXPECT_TRUE(fs::is_directory(Out() / "data" / "deep/a/b/c/d/e/f/g"));
+    EXPECT_EQ(dcf_.ExtractedFiles().size(), contents_.size());
+    EXPECT_EQ(Extract(u"secre"), FORMAT_BAD_KEY);
+
+    // onFileDone heard each file in the order of the request.
+    ASSERT_EQ(recorder_.events.size(), contents_.size());
+    EXPECT_EQ(recorder_.events.front(), "done text0");
+    EXPECT_EQ(recorder_.events.back(), "done f299");
+}
+
+TEST_F(DcfWriterTest, ProgressRisesToTheWholeAndStopsShortForAnUnopenedFile) {
+    AddFile("one piece", Text(2048, 0));
+    ASSERT_EQ(Write(), FORMAT_OK);
+    // n = 1: the pass for the empty last piece reports once more before it ends.
+    EXPECT_EQ(recorder_.percents, (std::vector<std::uint32_t>{100, 100}));
+
+    recorder_.percents.clear();
+    ClearItems();
+    AddFile("big", Text(300 * 2048 + 7, 1));
+    ArchiveWriteItem missing;
+    missing.path = (SourceRoot() / "gone").u16string();
+    missing.size = 300 * 2048 + 7;
+    request_.items.push_back(missing);
+    ASSERT_EQ(Write(), FORMAT_OK);
+    // Every fourth piece of 301, none over 100, and half the total is never passed.
+    EXPECT_EQ(recorder_.percents.size(), 76u);
+    EXPECT_TRUE(std::is_sorted(recorder_.percents.begin(), recorder_.percents.end()));
+    EXPECT_EQ(recorder_.percents.back(), 50u);
+
+    ASSERT_EQ(Extract(u"secret"), FORMAT_OK);
+    EXPECT_EQ(ReadBytes(Out() / "data" / "gone"), Bytes{});  // an entry without data
+    ExpectExtractedTree();
+}
+
+TEST_F(DcfWriterTest, CategoriesGoToTheirEntriesAndMergedIntoThePreamble) {
+    ArchiveWriteItem& first = AddFile("a.doc", Text(10, 0));
+    first.hasCategories = true;
+    first.categories.Add(Category(1));
+    first.categories.Add(Category(2));
+    ArchiveWriteItem& second = AddFile("b.doc", Text(10, 1));
+    second.hasCategories = true;
+    second.categories.Add(Category(2));
+    second.categories.Add(Category(3));
+    AddFile("c.doc", Text(10, 2));
+    ArchiveWriteItem& empty = AddFile("d.doc", {});
+    empty.hasCategories = true;  // a tag block with no category in it
+    ASSERT_EQ(Write(), FORMAT_OK);
+
+    platform::File stream;
+    ASSERT_EQ(stream.Open(ArchivePath().u16string(), platform::OpenMode::Read), 0u);
+    CCategoryContainer merged;
+    bool parsed = false;
+    ASSERT_EQ(ReadArchivePreamble(stream, merged, parsed), FORMAT_OK);
+    ASSERT_TRUE(parsed);
+    std::vector<std::u16string> names;
+    for (const auto& category : merged.Categories) {
+        names.push_back(category.Name);
+    }
+    EXPECT_EQ(names, (std::vector<std::u16string>{u"category B", u"category C", u"category D"}));
+
+    ASSERT_EQ(stream.Seek(0), 0u);
+    ArchiveExtractRequest extract;
+    extract.password = u"secret";
+    ArchiveReport report;
+    DCCArchiveUserSettings settings;
+    ASSERT_EQ(InspectArchiveBody(stream, extract, settings, report), FORMAT_OK);
+    ASSERT_EQ(report.entries.size(), 4u);
+    EXPECT_TRUE(report.entries[0].tagged);
+    EXPECT_EQ(report.entries[0].categories.Categories.size(), 2u);
+    EXPECT_EQ(report.entries[1].categories.Categories.front().Name, u"category C");
+    EXPECT_FALSE(report.entries[2].tagged);
+    EXPECT_TRUE(report.entries[3].tagged);
+    EXPECT_TRUE(report.entries[3].categories.Categories.empty());
+}
+
+// Walks an image record by record with the reader's key opening and the chunk chain.
+class ImageWalk {
+public:
+    ImageWalk(const Bytes& image, std::u16string_view password) : image_(image) {
+        EXPECT_TRUE(dcf::HasSignature(image));
+        const auto length = Zelmarik::LoadBig<std::uint32_t>(image.data() + 16);
+        categoryBlockSize = Zelmarik::LoadBig<std::uint32_t>(image.data() + 28);
+        EXPECT_EQ(length, categoryBlockSize + 20);
+        EXPECT_TRUE(std::equal(dcf::kPreambleEndMarker.begin(), dcf::kPreambleEndMarker.end(),
+                               image.begin() + 32 + categoryBlockSize));
+        position_ = 20 + length;
+        const auto key = Take(dcf::kKeyBlockSize);
+        const auto password8 = dcf::PasswordBytes(password);
+        EXPECT_EQ(OpenKeyBlock(std::span<const std::uint8_t, dcf::kKeyBlockSize>(key), *password8,
+                               keys_, nullptr, nullptr),
+                  kKeyBlockOpened);
+        folder = *dcf::DecodeFolderHeader(
+            std::span<const std::uint8_t, dcf::kFolderHeaderSize>(Region(dcf::kFolderHeaderSize)));
+        EXPECT_TRUE(dcf::IsEndOfHeader(
+            std::span<const std::uint8_t, dcf::kEndOfHeaderSize>(Region(dcf::kEndOfHeaderSize))));
+        names = *dcf::ParseNameBlock(Region(static_cast<std::size_t>(folder.nameBlockLength)),
+                                     folder.folderCount, folder.fileCount);
+    }
+
+    // The next entry: its header, and the compressed bytes of each chunk of its stream.
+    dcf::FileHeader Entry(std::vector<Bytes>& chunks) {
+        const dcf::FileHeader header = *dcf::DecodeFileHeader(
+            std::span<const std::uint8_t, dcf::kFileHeaderSize>(Region(dcf::kFileHeaderSize)));
+        if (header.tagFlag != 0) {
+            Region(static_cast<std::size_t>(header.tagBlockLength));
+        }
+        auto chain = *crypto::ChunkChain::Create(keys_->SuiteId, keys_->KeySchedule, keys_->IvArea);
+        std::uint64_t decompressed = 0;
+        while (decompressed < header.size) {
+            Bytes length = Take(16);
+            chain.DecryptBlocks(length);
+            const std::uint32_t compressed = dcf::DecodeChunkLength(length);
+            Bytes data = Take(static_cast<std::size_t>(dcf::ChunkDataBlocks(compressed, 16) * 16));
+            chain.DecryptBlocks(data);
+            EXPECT_TRUE(std::all_of(data.begin() + compressed, data.end(),
+                                    [](std::uint8_t b) { return b == 0; }));
+            data.resize(compressed);
+            decompressed += 2048;
+            chunks.push_back(std::move(data));
+        }
+        return header;
+    }
+    bool AtEnd() const { return position_ == image_.size(); }
+
+    std::uint32_t categoryBlockSize = 0;
+    dcf::FolderHeader folder;
+    dcf::NameLists names;
+
+private:
+    Bytes Take(std::size_t size) {
+        EXPECT_LE(position_ + size, image_.size());
+        Bytes bytes(image_.begin() + static_cast<std::ptrdiff_t>(position_),
+                    image_.begin() +
+                        static_cast<std::ptrdiff_t>(std::min(position_ + size, image_.size())));
+        bytes.resize(size);
+        position_ += size;
+        return bytes;
+    }
+    Bytes Region(std::size_t size) {
+        Bytes bytes = Take(size);
+        EXPECT_TRUE(DecryptRegion(*keys_, bytes));
+        return bytes;
+    }
+
+    const Bytes& image_;
+    std::size_t position_ = 0;
+    KeyContextPtr keys_;
+};
+
+TEST_F(DcfWriterTest, ImageHoldsEachRecordInPlaceAndEachPieceAsItsOwnZlibStream) {
+    AddFolder("sub");
+    const Bytes exact = Text(2048, 0);
+    const Bytes twice = Noise(4096, 5);
+    AddFile("sub/exact", exact);
+    AddFile("sub/twice", twice);
+    AddFile("empty", {});
+    ASSERT_EQ(Write(), FORMAT_OK);
+
+    const Bytes image = *ReadBytes(ArchivePath());
+    ImageWalk walk(image, u"secret");
+    EXPECT_EQ(walk.categoryBlockSize, 8u);  // an empty container still has its block
+    EXPECT_EQ(walk.folder.formatVersion, 3);
+    EXPECT_EQ(walk.folder.fileCount, 3u);
+    EXPECT_EQ(walk.folder.folderCount, 2u);
+    EXPECT_EQ(walk.folder.totalSize, 6144u);
+    EXPECT_EQ(walk.names.folders, (std::vector<std::u16string>{u"\\data", u"\\data\\sub"}));
+    EXPECT_EQ(walk.names.files,
+              (std::vector<std::u16string>{u"\\data\\sub\\exact", u"\\data\\sub\\twice",
+                                           u"\\data\\empty"}));
+    std::vector<Bytes> chunks;
+    EXPECT_EQ(walk.Entry(chunks).size, 2048u);
+    EXPECT_EQ(chunks, std::vector<Bytes>{Compress(exact)});  // no empty last chunk
+    chunks.clear();
+    walk.Entry(chunks);
+    EXPECT_EQ(chunks, (std::vector<Bytes>{Compress(std::span(twice).first(2048)),
+                                          Compress(std::span(twice).subspan(2048))}));
+    chunks.clear();
+    EXPECT_EQ(walk.Entry(chunks).size, 0u);
+    EXPECT_TRUE(chunks.empty());
+    EXPECT_TRUE(walk.AtEnd());
+}
+
+TEST_F(DcfWriterTest, ArchiveWithoutFilesEndsAfterItsNameBlock) {
+    AddFolder("only");
+    ASSERT_EQ(Write(), FORMAT_OK);
+    const Bytes image = *ReadBytes(ArchivePath());
+    ImageWalk walk(image, u"secret");
+    // "\data" and "\data\only" with their terminators: 17 units, raised to 32.
+    EXPECT_EQ(walk.folder.nameBlockLength, 2 * 32u);
+    EXPECT_TRUE(walk.AtEnd());
+    ASSERT_EQ(Extract(u"secret"), FORMAT_OK);
+    EXPECT_TRUE(fs::is_directory(Out() / "data" / "only"));
+}
+
+TEST_F(DcfWriterTest, SelfExtractingFilesCarryAnyStubAndOpenThroughTheirTrailer) {
+    AddFile("inside.txt", Text(5000, 2));
+    for (const std::size_t stubSize : {1, 4096, 100000}) {
+        SCOPED_TRACE(stubSize);
+        const Bytes stub = Noise(stubSize, 9);
+        const fs::path stubPath = folder_.Native() / "stub.bin";
+        std::ofstream(stubPath, std::ios::binary)
+            .write(reinterpret_cast<const char*>(stub.data()),
+                   static_cast<std::streamsize>(stubSize));
+        DCCFileFormatSFX sfx(stubPath.u16string());
+        ASSERT_EQ(Write(sfx), FORMAT_OK);
+        const Bytes file = *ReadBytes(ArchivePath("archive.exe"));
+        EXPECT_TRUE(std::equal(stub.begin(), stub.end(), file.begin()));
+        SfxTrailerBytes trailer{};
+        std::copy(file.end() - 1024, file.end(), trailer.begin());
+        EXPECT_EQ(SfxImageSize(trailer), file.size() - stubSize - 1024);
+        EXPECT_TRUE(dcf::HasSignature(std::span(file).subspan(stubSize)));
+        ASSERT_EQ(Extract(sfx, ArchivePath("archive.exe"), u"secret"), FORMAT_OK);
+        ExpectExtractedTree();
+        fs::remove(stubPath);
+    }
+    EXPECT_EQ(LeftInFolder(), std::set<std::string>{"archive.exe"});
+}
+
+// Archives sealed for a recipient; one key pair for the suite, it takes a while to make.
+class DcfWriterKeyTest : public WriterFixture {
+protected:
+    static void SetUpTestSuite() {
+        Zelmarik::GeneratedKeyPair pair;
+        ASSERT_EQ(Zelmarik::GenerateKeyPair(u"recipient", -1, pair),
+                  Zelmarik::KeyGenerationResult::Ok);
+        privateKey_ = new Zelmarik::DCCSecurityKey;
+        ASSERT_TRUE(privateKey_->ParsePrivateKeyText(pair.privateKeyText.c_str()));
+        privateKey_->Flags |= Zelmarik::KeyHasPrivate;
+        publicKey_ = new Zelmarik::DCCSecurityKey;
+        publicKey_->SetPublicKeyText(pair.publicKeyText);
+    }
+    static void TearDownTestSuite() {
+        delete privateKey_;
+        delete publicKey_;
+    }
+
+    static Zelmarik::DCCSecurityKey* privateKey_;
+    static Zelmarik::DCCSecurityKey* publicKey_;
+};
+
+Zelmarik::DCCSecurityKey* DcfWriterKeyTest::privateKey_ = nullptr;
+Zelmarik::DCCSecurityKey* DcfWriterKeyTest::publicKey_ = nullptr;
+
+TEST_F(DcfWriterKeyTest, EachWayOfSealingOpensWithWhatItWasSealedFor) {
+    AddFile("k.bin", Noise(5000, 4));
+    struct Case {
+        const char* name;
+        bool passwordGiven;
+        std::u16string password;
+        bool forKey;
+        bool opensBySecret, opensByEmpty, opensByKey;
+    };
+    for (const Case& c : {Case{"password", true, u"secret", false, true, false, false},
+                          Case{"recipient only", false, u"", true, false, false, true},
+                          Case{"both", true, u"secret", true, true, false, true},
+                          Case{"empty password given", true, u"", false, false, true, false},
+                          Case{"nothing", false, u"", false, false, false, false}}) {
+        SCOPED_TRACE(c.name);
+        request_.passwordGiven = c.passwordGiven;
+        request_.password = c.password;
+        request_.sealForKey = c.forKey;
+        request_.securityKey = c.forKey ? *publicKey_ : Zelmarik::DCCSecurityKey{};
+        ASSERT_EQ(Write(), FORMAT_OK);
+        EXPECT_EQ(Extract(u"secret") == FORMAT_OK, c.opensBySecret);
+        EXPECT_EQ(Extract(u"") == FORMAT_OK, c.opensByEmpty);
+        EXPECT_EQ(Extract(u"", privateKey_) == FORMAT_OK, c.opensByKey);
+        if (c.opensByKey) {
+            ExpectExtractedTree();
+        }
+    }
+}
+
+TEST_F(DcfWriterKeyTest, SealedKeyBlocksAreNewEachTimeAndCarryTheLocalTime) {
+    std::array<std::uint32_t, Zelmarik::kRsaNumberWords> modulus{};
+    Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), publicKey_->PublicKeyText.get(),
+                                   1024);
+    const Bytes password = {'p', 'w'};
+    crypto::RandomStart();
+    dcf::KeyBlock first{}, second{};
+    KeyContextPtr firstKeys, secondKeys;
+    ASSERT_EQ(SealKeyBlock(first, password, modulus.data(), firstKeys), kKeyBlockOpened);
+    ASSERT_EQ(SealKeyBlock(second, password, nullptr, secondKeys), kKeyBlockOpened);
+    crypto::RandomStop();
+
+    // Salt, both slots and the keys differ; both blocks open by the password.
+    std::size_t same = 0;
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        same += first[i] == second[i] ? 1 : 0;
+    }
+    EXPECT_LT(same, 20u);
+    EXPECT_NE(firstKeys->MasterKeyArea, secondKeys->MasterKeyArea);
+    for (const dcf::KeyBlock* block : {&first, &second}) {
+        KeyContextPtr opened;
+        ASSERT_EQ(OpenKeyBlock(*block, password, opened, nullptr, nullptr), kKeyBlockOpened);
+        EXPECT_EQ(opened->MasterKeyArea, (block == &first ? firstKeys : secondKeys)->MasterKeyArea);
+    }
+    // The RSA slot holds the message: the plain block with the master key area four bytes lower
+    // and a zero top word.
+    std::array<std::uint32_t, Zelmarik::kRsaNumberWords> slot{}, message{};
+    for (std::size_t i = 0; i < slot.size(); ++i) {
+        slot[i] = Zelmarik::LoadLittle<std::uint32_t>(first.data() + 512 + 4 * i);
+    }
+    ASSERT_EQ(Zelmarik::RsaOpenBlock(slot.data(), message.data(),
+                                     privateKey_->PrivateKey->Numbers[0].data(),
+                                     privateKey_->PrivateKey->Numbers[1].data()),
+              0);
+    Bytes plain(512);
+    for (std::size_t i = 0; i < message.size(); ++i) {
+        Zelmarik::StoreLittle<std::uint32_t>(plain.data() + 4 * i, message[i]);
+    }
+    EXPECT_TRUE(std::equal(first.begin(), first.begin() + 64, plain.begin()));  // the salt
+    EXPECT_TRUE(dcf::HasFileMagic(plain));
+    EXPECT_TRUE(std::equal(firstKeys->MasterKeyArea.begin(), firstKeys->MasterKeyArea.end(),
+                           plain.begin() + 252));
+    EXPECT_EQ(message[127], 0u);
+
+    // The creation time is the local wall clock in FILETIME ticks.
+    const std::time_t now = std::time(nullptr);
+    const std::tm local = *std::localtime(&now);
+    using namespace std::chrono;
+    const sys_days date = year{local.tm_year + 1900} / (local.tm_mon + 1) / local.tm_mday;
+    const auto sinceEpoch = date - sys_days{year{1601} / 1 / 1} + hours{local.tm_hour} +
+                            minutes{local.tm_min} + seconds{local.tm_sec};
+    const auto expected = static_cast<std::int64_t>(duration_cast<seconds>(sinceEpoch).count());
+    EXPECT_NEAR(static_cast<double>(firstKeys->Created / 10'000'000), static_cast<double>(expected),
+                5.0);
+}
+
+}  // namespace
+}  // namespace tests

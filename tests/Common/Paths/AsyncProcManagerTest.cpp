@@ -1,0 +1,158 @@
+#include "Common/Paths/AsyncProcManagerDefault.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <future>
+#include <string>
+#include <vector>
+
+#include "tests/TestLatch.h"
+
+namespace {
+
+using Zelmarik::AsyncLookupManagers;
+using Zelmarik::CAsyncProcManagerDefault;
+using Zelmarik::SAsyncInfo;
+using Zelmarik::TextAnswer;
+
+// Every fake lookup waits at this gate, so that the test sees the calls while they are pending.
+TestLatch* gate = nullptr;
+
+void Pass() {
+    gate->arrive_and_wait();
+}
+
+Zelmarik::HostAddressesAnswer Addresses(std::u16string_view) {
+    Pass();
+    return {0, u"10.1.2.3", {0x08080808, 0x0A010203}};
+}
+TextAnswer HostName(std::u16string_view address, int flags) {
+    Pass();
+    return {flags, std::u16string(u"name-of-") + std::u16string(address)};
+}
+TextAnswer Share(std::u16string_view server, std::u16string_view share) {
+    Pass();
+    return {0, std::u16string(server) + u"|" + std::u16string(share)};
+}
+TextAnswer Root(std::u16string_view) {
+    Pass();
+    return {0, u"root"};
+}
+TextAnswer Netbios(std::u16string_view) {
+    Pass();
+    return {0, u"NBNAME"};
+}
+TextAnswer Universal(std::u16string_view) {
+    Pass();
+    return {0, u"\\\\srv\\share"};
+}
+Zelmarik::FileSystemAnswer FileSystem(std::u16string_view) {
+    Pass();
+    return {0, u"NTFS", 0x2F};
+}
+
+// One call of each operation, recording what it gave back and what its outputs hold.
+struct Calls {
+    explicit Calls(std::u16string start) {
+        for (std::u16string* text :
+             {&address, &hostName, &sharePath, &root, &netbios, &universal, &fileSystem}) {
+            *text = start;
+        }
+    }
+
+    void Run(Zelmarik::IAsyncProcManager& manager, bool wait) {
+        // Different lookups have different locks, so the pending calls wait side by side.
+        auto ip = std::async(std::launch::async, [&] {
+            return manager.GetIpAddresses(u"host", address, addresses, wait);
+        });
+        auto name = std::async(std::launch::async,
+                               [&] { return manager.GetHostName(u"1.2.3.4", 7, hostName, wait); });
+        auto share = std::async(std::launch::async, [&] {
+            return manager.GetShareLocalPath(u"srv", u"sh", sharePath, wait);
+        });
+        auto volume = std::async(std::launch::async,
+                                 [&] { return manager.GetVolumeRoot(u"C:\\x", root, wait); });
+        auto nb = std::async(std::launch::async,
+                             [&] { return manager.GetNetbiosName(u"1.2.3.4", netbios, wait); });
+        auto unc = std::async(std::launch::async,
+                              [&] { return manager.GetUniversalName(u"Z:\\", universal, wait); });
+        auto fs = std::async(std::launch::async,
+                             [&] { return manager.GetVolumeFileSystem(u"C:\\", wait); });
+        infos = {ip.get(), name.get(), share.get(), volume.get(), nb.get(), unc.get()};
+        auto [flags, name_, info] = fs.get();
+        fileSystemFlags = flags;
+        fileSystem = name_;
+        infos.push_back(info);
+    }
+
+    std::u16string address, hostName, sharePath, root, netbios, universal, fileSystem;
+    std::vector<std::uint32_t> addresses{99};
+    std::uint32_t fileSystemFlags = 1234;
+    std::vector<SAsyncInfo> infos;
+};
+
+std::vector<std::uint32_t> Results(const std::vector<SAsyncInfo>& infos) {
+    std::vector<std::uint32_t> results;
+    for (const SAsyncInfo& info : infos) {
+        results.push_back(info.Result);
+    }
+    return results;
+}
+
+TEST(AsyncProcManagerDefault, PendingCallsGiveDefaultCodesThenTheAnswers) {
+    TestLatch pass(8);
+    gate = &pass;
+    AsyncLookupManagers managers(&Addresses, &HostName, &Share, &Root, &Netbios, &Universal,
+                                 &FileSystem);
+    CAsyncProcManagerDefault manager(managers);
+
+    Calls pending(u"untouched");
+    pending.Run(manager, false);
+    for (const SAsyncInfo& info : pending.infos) {
+        EXPECT_EQ(info.State, Zelmarik::Running);
+    }
+    EXPECT_EQ(Results(pending.infos),
+              (std::vector<std::uint32_t>{10109, 10109, 2273, 2, 11001, 1200, 3}));
+    EXPECT_EQ(pending.address, u"untouched");
+    EXPECT_EQ(pending.addresses, std::vector<std::uint32_t>{99});
+    EXPECT_EQ(pending.hostName, u"untouched");
+    EXPECT_EQ(pending.sharePath, u"untouched");
+    EXPECT_EQ(pending.root, u"untouched");
+    EXPECT_EQ(pending.netbios, u"untouched");
+    EXPECT_EQ(pending.universal, u"untouched");
+    EXPECT_EQ(pending.fileSystem, u"");
+    EXPECT_EQ(pending.fileSystemFlags, 0u);
+
+    pass.arrive_and_wait();
+    Calls answered(u"");
+    answered.Run(manager, true);
+    for (const SAsyncInfo& info : answered.infos) {
+        EXPECT_EQ(info.State, Zelmarik::Done);
+    }
+    EXPECT_EQ(Results(answered.infos), (std::vector<std::uint32_t>{0, 7, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(answered.address, u"10.1.2.3");
+    EXPECT_EQ(answered.addresses, (std::vector<std::uint32_t>{0x08080808, 0x0A010203}));
+    EXPECT_EQ(answered.hostName, u"name-of-1.2.3.4");
+    EXPECT_EQ(answered.sharePath, u"srv|sh");
+    EXPECT_EQ(answered.root, u"root");
+    EXPECT_EQ(answered.netbios, u"NBNAME");
+    EXPECT_EQ(answered.universal, u"\\\\srv\\share");
+    EXPECT_EQ(answered.fileSystem, u"NTFS");
+    EXPECT_EQ(answered.fileSystemFlags, 0x2Fu);
+}
+
+TEST(AsyncProcManagerDefault, ProcessManagerReachesTheRealLookups) {
+    Zelmarik::IAsyncProcManager& manager = Zelmarik::ProcessAsyncProcManager();
+    const auto [flags, name, info] = manager.GetVolumeFileSystem(u"", false);
+    EXPECT_EQ(info.Result, 87u);
+    EXPECT_EQ(info.State, Zelmarik::Done);
+
+    std::u16string address;
+    const SAsyncInfo ip = manager.GetIpAddress(u"127.0.0.1", address, true);
+    EXPECT_EQ(ip.Result, 0u);
+    EXPECT_EQ(ip.State, Zelmarik::Done);
+    EXPECT_EQ(address, u"127.0.0.1");
+}
+
+}  // namespace

@@ -12,9 +12,6 @@
 
 namespace dcf {
 
-namespace {
-
-// The first line of `text`, without its line end.
 std::string FirstLine(std::string text) {
     const std::size_t end = text.find('\n');
     if (end != std::string::npos) {
@@ -45,8 +42,6 @@ std::string ReadPasswordFile(const std::string& command, const std::string& path
     text.resize(got);
     return FirstLine(std::move(text));
 }
-
-}  // namespace
 
 ImageSource OpenImage(const std::string& command, const std::string& path) {
     const std::u16string native = PathFromArgument(path);

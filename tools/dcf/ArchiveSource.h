@@ -30,6 +30,11 @@ struct KeyOptions {
     std::string keyFile;
 };
 
+// The first line of `text`, without its line end.
+std::string FirstLine(std::string text);
+// The first line of a UTF-8 file; ends the command when the file can't be read.
+std::string ReadPasswordFile(const std::string& command, const std::string& path);
+
 void AddKeyOptions(CLI::App& command, KeyOptions& options);
 
 // Fills the password or the private key of `request`. Without an option, asks on the terminal

@@ -6,6 +6,7 @@
 namespace dcf {
 
 void AddKeygenCommand(CLI::App& app);
+void AddCreateCommand(CLI::App& app);
 void AddExtractCommand(CLI::App& app);
 void AddListCommand(CLI::App& app);
 void AddTestCommand(CLI::App& app);

@@ -12,6 +12,7 @@ int main(int argc, char** argv) {
         "Exit codes: 0 done, 1 other failure, 2 usage error, 3 wrong password or key, "
         "4 damaged or unsupported archive, 5 input or output failure, 6 cancelled.");
     dcf::AddKeygenCommand(app);
+    dcf::AddCreateCommand(app);
     dcf::AddExtractCommand(app);
     dcf::AddListCommand(app);
     dcf::AddTestCommand(app);

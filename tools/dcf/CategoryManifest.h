@@ -1,0 +1,19 @@
+#pragma once
+// The data categories that dcf create gives to files, from a JSON manifest: an object that maps
+// each file's name under the common root ("reports/2021/a.txt", forward slashes) to an array of
+// category objects, each with "id" and optionally "name", "kind", "priority", "hasPriority",
+// "unified" and "allData".
+
+#include <string>
+
+#include "tools/dcf/SourceWalk.h"
+
+namespace dcf {
+
+// Reads the manifest at `path` and hands each listed file its categories. Ends the command for
+// a manifest that can't be read or parsed, a category without a valid "id", a field of the
+// wrong type or unknown name, and a name that matches no listed file.
+void ApplyCategoryManifest(const std::string& command, const std::string& path,
+                           SourceListing& listing);
+
+}  // namespace dcf

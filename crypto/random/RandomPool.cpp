@@ -19,7 +19,8 @@ using random::PoolState;
 constexpr auto kPollInterval = std::chrono::milliseconds(250);
 
 // Everything but the filters and the carried positions lives from start to stop. The lock is
-// recursive, as the hooks may run on the writing thread while it holds the lock.
+// recursive like a critical section: a hook called on the writing thread while that thread holds
+// the lock must not deadlock.
 struct ProcessPool {
     std::atomic<std::uint32_t> poolStarted{0};
     std::recursive_mutex* poolLock = nullptr;

@@ -10,12 +10,13 @@ namespace platform {
 bool IsInteractiveTerminal();
 
 // Reads one line from standard input without its line end; with `echo` false the typed
-// characters are not shown. False at the end of input, or when Ctrl-C interrupted the read.
+// characters are not shown. False at the end of input, or when Ctrl-C is pressed while it waits
+// (on any thread: a prompt of a worker thread ends too).
 bool ReadTerminalLine(std::string& line, bool echo);
 
 // From now on Ctrl-C is noted instead of ending the process.
 void CatchInterrupts();
-// True once after each Ctrl-C: the note is cleared by reading it.
+// True when Ctrl-C was pressed since the last call.
 bool TakeInterrupt();
 
 // Columns of the terminal, 80 when unknown.

@@ -1,5 +1,6 @@
 #include "platform/Terminal.h"
 
+#include <poll.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <termios.h>
@@ -12,10 +13,32 @@
 namespace platform {
 namespace {
 
-std::atomic<bool> interrupted{false};
+// Ctrl-C presses counted by the handler, and how many of them TakeInterrupt has handed out.
+// A count rather than a flag: a reader on another thread must see a press that the front end's
+// loop has already taken.
+std::atomic<unsigned> interrupts{0};
+std::atomic<unsigned> interruptsTaken{0};
 
 void NoteInterrupt(int) {
-    interrupted.store(true);
+    interrupts.fetch_add(1);
+}
+
+// Waits until standard input has something to read; false when Ctrl-C was pressed after
+// `seen` presses, whichever thread the signal reached.
+bool WaitForInput(unsigned seen) {
+    for (;;) {
+        if (interrupts.load() != seen) {
+            return false;
+        }
+        pollfd input{STDIN_FILENO, POLLIN, 0};
+        const int ready = ::poll(&input, 1, 100);
+        if (ready > 0) {
+            return true;
+        }
+        if (ready < 0 && errno != EINTR) {
+            return true;  // let the read report the failure
+        }
+    }
 }
 
 // Switches terminal echo off for its lifetime.
@@ -55,11 +78,15 @@ bool ReadTerminalLine(std::string& line, bool echo) {
     if (!echo) {
         quiet.emplace();
     }
+    const unsigned seen = interrupts.load();
     for (;;) {
+        if (!WaitForInput(seen)) {
+            return false;  // Ctrl-C: the caller takes the interrupt
+        }
         char c = 0;
         const ssize_t n = ::read(STDIN_FILENO, &c, 1);
         if (n < 0 && errno == EINTR) {
-            return false;  // Ctrl-C: the caller takes the interrupt
+            continue;  // WaitForInput tells whether it was Ctrl-C
         }
         if (n <= 0) {
             return !line.empty();
@@ -83,7 +110,8 @@ void CatchInterrupts() {
 }
 
 bool TakeInterrupt() {
-    return interrupted.exchange(false);
+    const unsigned now = interrupts.load();
+    return interruptsTaken.exchange(now) != now;
 }
 
 int TerminalColumns() {

@@ -1,0 +1,291 @@
+// The stub's terminal front end, driven as a user would: a self-extracting copy of the stub
+// started on a pseudo-terminal, answered line by line.
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "archive/SfxTrailer.h"
+#include "crypto/KeyGeneration.h"
+#include "crypto/Rsa.h"
+#include "platform/Text.h"
+#include "tests/TestFolder.h"
+#include "tests/archive/ImageBuilder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using tests::Bytes;
+
+constexpr auto kPatience = std::chrono::seconds(60);
+
+void WriteBytes(const fs::path& path, const Bytes& bytes) {
+    std::ofstream out(path, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(bytes.data()),
+              static_cast<std::streamsize>(bytes.size()));
+}
+
+Bytes ReadBytes(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+Bytes Text(const std::string& text) {
+    return Bytes(text.begin(), text.end());
+}
+
+// The stub followed by `image` and the trailer, executable, under `path`.
+void MakeSelfExtractingFile(const fs::path& path, const Bytes& image) {
+    Bytes file = ReadBytes(VOMDREL_PATH);
+    ASSERT_FALSE(file.empty());
+    file.insert(file.end(), image.begin(), image.end());
+    const SfxTrailerBytes trailer = BuildSfxTrailer(image.size());
+    file.insert(file.end(), trailer.begin(), trailer.end());
+    WriteBytes(path, file);
+    fs::permissions(path, fs::perms::owner_all);
+}
+
+// A program running on the slave side of a pseudo-terminal.
+class TerminalSession {
+public:
+    explicit TerminalSession(const fs::path& program) {
+        winsize wide{};  // room for the whole status line
+        wide.ws_row = 40;
+        wide.ws_col = 400;
+        child_ = forkpty(&master_, nullptr, nullptr, &wide);
+        if (child_ == 0) {
+            const std::string name = program.string();
+            execl(name.c_str(), name.c_str(), static_cast<char*>(nullptr));
+            _exit(127);
+        }
+    }
+
+    ~TerminalSession() {
+        if (child_ > 0 && !exited_) {
+            kill(child_, SIGKILL);
+            waitpid(child_, nullptr, 0);
+        }
+        if (master_ >= 0) {
+            close(master_);
+        }
+    }
+
+    bool Started() const { return child_ > 0; }
+
+    // Reads until `text` has appeared after what earlier waits consumed; false on timeout
+    // or when the program ended without showing it.
+    bool WaitFor(const std::string& text) {
+        const auto deadline = std::chrono::steady_clock::now() + kPatience;
+        for (;;) {
+            if (const std::size_t at = output_.find(text, consumed_); at != std::string::npos) {
+                consumed_ = at + text.size();
+                return true;
+            }
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                deadline - std::chrono::steady_clock::now());
+            if (left.count() <= 0 || !ReadSome(static_cast<int>(left.count()))) {
+                return false;
+            }
+        }
+    }
+
+    void Type(const std::string& line) {
+        const std::string typed = line + "\n";
+        ASSERT_EQ(write(master_, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
+    }
+
+    void PressCtrlC() { ASSERT_EQ(write(master_, "\x03", 1), 1); }
+
+    // Waits for the end of the program and gives its exit status, -1 when it did not exit.
+    int ExitStatus() {
+        while (ReadSome(static_cast<int>(kPatience.count() * 1000))) {
+        }
+        int status = 0;
+        if (waitpid(child_, &status, 0) != child_ || !WIFEXITED(status)) {
+            return -1;
+        }
+        exited_ = true;
+        return WEXITSTATUS(status);
+    }
+
+    const std::string& Output() const { return output_; }
+
+private:
+    bool ReadSome(int timeoutMs) {
+        pollfd ready{master_, POLLIN, 0};
+        if (poll(&ready, 1, timeoutMs) <= 0) {
+            return false;
+        }
+        char buffer[4096];
+        const ssize_t got = read(master_, buffer, sizeof buffer);
+        if (got <= 0) {
+            return false;  // the slave side closed: the program ended
+        }
+        output_.append(buffer, static_cast<std::size_t>(got));
+        return true;
+    }
+
+    int master_ = -1;
+    pid_t child_ = -1;
+    bool exited_ = false;
+    std::string output_;
+    std::size_t consumed_ = 0;
+};
+
+class TerminalFrontEndTest : public ::testing::Test {
+protected:
+    // A self-extracting "demo" holding \a.txt and \d\b.txt, sealed with "secret".
+    void SetUp() override {
+        const Bytes image = tests::BuildImage(
+            tests::ImageSettings{}, {u"\\d"},
+            {{u"\\a.txt", Text("first file\n"), {}}, {u"\\d\\b.txt", Text("second file\n"), {}}});
+        program_ = folder_.Native() / "demo";
+        MakeSelfExtractingFile(program_, image);
+        target_ = folder_.Native() / "out";
+        extracted_ = target_ / "demo";  // the target name rule appends the archive's name
+    }
+
+    // Answers the target and credential questions.
+    void Answer(TerminalSession& session, const std::string& key, const std::string& password) {
+        ASSERT_TRUE(session.WaitFor("Extract to [")) << session.Output();
+        session.Type(target_.string());
+        ASSERT_TRUE(session.WaitFor("Private key (empty for a password): ")) << session.Output();
+        session.Type(key);
+        if (key.empty()) {
+            ASSERT_TRUE(session.WaitFor("Password: ")) << session.Output();
+            session.Type(password);
+        }
+    }
+
+    tests::TestFolder folder_;
+    fs::path program_;
+    fs::path target_;
+    fs::path extracted_;
+};
+
+TEST_F(TerminalFrontEndTest, PasswordExtractionShowsProgressAndDoesNotEchoThePassword) {
+    TerminalSession session(program_);
+    ASSERT_TRUE(session.Started());
+    Answer(session, "", "secret");
+    EXPECT_TRUE(session.WaitFor("Extraction has successfully finished")) << session.Output();
+    EXPECT_EQ(session.ExitStatus(), 0);
+
+    EXPECT_EQ(ReadBytes(extracted_ / "a.txt"), Text("first file\n"));
+    EXPECT_EQ(ReadBytes(extracted_ / "d" / "b.txt"), Text("second file\n"));
+    EXPECT_NE(session.Output().find("100%"), std::string::npos) << session.Output();
+    EXPECT_NE(session.Output().find("Extracting file: "), std::string::npos);
+    EXPECT_EQ(session.Output().find("secret"), std::string::npos) << session.Output();
+}
+
+TEST_F(TerminalFrontEndTest, MissingCredentialsAreAskedForAgain) {
+    TerminalSession session(program_);
+    ASSERT_TRUE(session.Started());
+    Answer(session, "", "");
+    EXPECT_TRUE(session.WaitFor(
+        "Error: Password or path to a private key file is required to extract the archive."))
+        << session.Output();
+    Answer(session, (folder_.Native() / "no.privkey").string(), "");
+    EXPECT_TRUE(session.WaitFor("Error: Unable to read private key from the selected location."))
+        << session.Output();
+    Answer(session, "", "secret");
+    EXPECT_TRUE(session.WaitFor("Extraction has successfully finished")) << session.Output();
+    EXPECT_EQ(session.ExitStatus(), 0);
+    EXPECT_TRUE(fs::exists(extracted_ / "d" / "b.txt"));
+}
+
+TEST_F(TerminalFrontEndTest, WrongPasswordEndsWithTheFailureLine) {
+    TerminalSession session(program_);
+    ASSERT_TRUE(session.Started());
+    Answer(session, "", "not the password");
+    EXPECT_TRUE(session.WaitFor("Extraction has failed")) << session.Output();
+    EXPECT_EQ(session.ExitStatus(), 0);
+    EXPECT_FALSE(fs::exists(extracted_ / "a.txt"));
+}
+
+TEST_F(TerminalFrontEndTest, ReplaceQuestionsKeepOrReplaceEachFile) {
+    fs::create_directories(extracted_ / "d");
+    WriteBytes(extracted_ / "a.txt", Text("old a"));
+    WriteBytes(extracted_ / "d" / "b.txt", Text("old b"));
+    TerminalSession session(program_);
+    ASSERT_TRUE(session.Started());
+    Answer(session, "", "secret");
+    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+    session.Type("maybe");  // not an answer: asked again
+    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+    session.Type("n");
+    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+    session.Type("y");
+    EXPECT_TRUE(session.WaitFor("Extraction has successfully finished")) << session.Output();
+    EXPECT_EQ(session.ExitStatus(), 0);
+    EXPECT_EQ(ReadBytes(extracted_ / "a.txt"), Text("old a"));
+    EXPECT_EQ(ReadBytes(extracted_ / "d" / "b.txt"), Text("second file\n"));
+}
+
+TEST_F(TerminalFrontEndTest, CancelAtAReplaceQuestionKeepsFinishedFiles) {
+    for (const std::string cancel : {"c", "ctrl-c"}) {
+        fs::remove_all(target_);
+        fs::create_directories(extracted_ / "d");
+        WriteBytes(extracted_ / "d" / "b.txt", Text("old b"));
+        TerminalSession session(program_);
+        ASSERT_TRUE(session.Started());
+        Answer(session, "", "secret");
+        ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+        if (cancel == "c") {
+            session.Type("c");
+        } else {
+            session.PressCtrlC();
+        }
+        EXPECT_TRUE(session.WaitFor("Extraction has failed")) << cancel << session.Output();
+        EXPECT_EQ(session.ExitStatus(), 0);
+        EXPECT_EQ(ReadBytes(extracted_ / "a.txt"), Text("first file\n")) << cancel;
+        EXPECT_EQ(ReadBytes(extracted_ / "d" / "b.txt"), Text("old b")) << cancel;
+    }
+}
+
+TEST_F(TerminalFrontEndTest, PrivateKeyOpensAnArchiveSealedForItsOwner) {
+    Zelmarik::GeneratedKeyPair pair;
+    ASSERT_EQ(Zelmarik::GenerateKeyPair(u"recipient", -1, pair), Zelmarik::KeyGenerationResult::Ok);
+    const fs::path privateKey = folder_.Native() / "recipient.privkey";
+    ASSERT_EQ(Zelmarik::WriteKeyPairFiles(
+                  pair, platform::Utf8ToUtf16(privateKey.string()),
+                  platform::Utf8ToUtf16((folder_.Native() / "recipient.pubkey").string()), false),
+              0u);
+    std::array<std::uint32_t, Zelmarik::kRsaNumberWords> modulus{};
+    Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), pair.publicKeyText,
+                                   pair.publicKeyText.size());
+    tests::ImageSettings sealed;
+    sealed.password.clear();
+    sealed.modulus = modulus.data();
+    MakeSelfExtractingFile(program_,
+                           tests::BuildImage(sealed, {}, {{u"\\k.txt", Text("for the key"), {}}}));
+
+    TerminalSession session(program_);
+    ASSERT_TRUE(session.Started());
+    Answer(session, privateKey.string(), "");
+    EXPECT_TRUE(session.WaitFor("Extraction has successfully finished")) << session.Output();
+    EXPECT_EQ(session.ExitStatus(), 0);
+    EXPECT_EQ(ReadBytes(extracted_ / "k.txt"), Text("for the key"));
+}
+
+TEST_F(TerminalFrontEndTest, CtrlCAtAQuestionEndsWithoutExtracting) {
+    TerminalSession session(program_);
+    ASSERT_TRUE(session.Started());
+    ASSERT_TRUE(session.WaitFor("Extract to [")) << session.Output();
+    session.PressCtrlC();
+    EXPECT_EQ(session.ExitStatus(), 0);
+    EXPECT_FALSE(fs::exists(target_));
+    EXPECT_EQ(session.Output().find("Extraction has"), std::string::npos) << session.Output();
+}
+
+}  // namespace

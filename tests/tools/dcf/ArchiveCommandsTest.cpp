@@ -295,8 +295,11 @@ TEST_F(ArchiveKeyCommandTest, PrivateKeyOpensTheRsaSlot) {
 
     WriteAll(Path("junk.privkey"), std::string(300, 'j'));
     const Outcome junk = Dcf("list sealed.dcf --key junk.privkey");
-    EXPECT_NE(junk.code, 0);
-    ExpectOneLine(junk, "list", "junk.privkey");
+    EXPECT_EQ(junk.code, kBadKey);
+    ExpectOneLine(junk, "list", "junk.privkey: not a readable private key");
+    const Outcome missing = Dcf("list sealed.dcf --key nowhere.privkey");
+    EXPECT_EQ(missing.code, kIo);
+    ExpectOneLine(missing, "list", "nowhere.privkey");
 }
 
 // Runs dcf on a pseudo-terminal through script(1); the line is typed once the prompt shows.

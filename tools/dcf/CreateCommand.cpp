@@ -127,13 +127,21 @@ void LoadRecipient(const std::string& path, ArchiveWriteRequest& request) {
     request.sealForKey = true;
 }
 
+// The choice of --overwrite, and the answer that onArchiveExists gave, if it was asked.
+struct ArchiveExistsAnswer {
+    OverwriteMode option = OVERWRITE_ASK;
+    OverwriteMode given = 0;
+};
+
 OverwriteMode AnswerOfOption(const std::u16string*, void* context) {
-    return *static_cast<const OverwriteMode*>(context);
+    auto& answer = *static_cast<ArchiveExistsAnswer*>(context);
+    answer.given = answer.option;
+    return answer.given;
 }
 
-OverwriteMode AskAboutArchive(const std::u16string* path, void*) {
+OverwriteMode AskOnTerminal(const std::u16string& path) {
     for (;;) {
-        std::cerr << platform::Utf16ToUtf8(*path)
+        std::cerr << platform::Utf16ToUtf8(path)
                   << " exists. Replace it? [y]es, [n]o, [r]ename the new one, [q]uit: "
                   << std::flush;
         std::string answer;
@@ -159,18 +167,24 @@ OverwriteMode AskAboutArchive(const std::u16string* path, void*) {
     }
 }
 
+OverwriteMode AskAboutArchive(const std::u16string* path, void* context) {
+    auto& answer = *static_cast<ArchiveExistsAnswer*>(context);
+    answer.given = AskOnTerminal(*path);
+    return answer.given;
+}
+
 // Replace needs no question; every other choice is the answer to the question of mode 103.
-void SetOverwrite(const std::string& option, OverwriteMode& answer,
+void SetOverwrite(const std::string& option, ArchiveExistsAnswer& answer,
                   DCCArchiveUserSettings& settings) {
-    answer = kAnswers.at(option);
-    if (answer == OVERWRITE_REPLACE) {
+    answer.option = kAnswers.at(option);
+    if (answer.option == OVERWRITE_REPLACE) {
         settings.overwriteMode = OVERWRITE_REPLACE;
         return;
     }
     settings.overwriteMode = OVERWRITE_ASK;
-    if (answer != OVERWRITE_ASK) {
+    settings.callbackContexts[CALLBACK_ARCHIVE_EXISTS] = &answer;
+    if (answer.option != OVERWRITE_ASK) {
         settings.onArchiveExists = AnswerOfOption;
-        settings.callbackContexts[CALLBACK_ARCHIVE_EXISTS] = &answer;
     } else if (platform::IsInteractiveTerminal()) {
         settings.onArchiveExists = AskAboutArchive;
     }
@@ -223,12 +237,12 @@ void RunCreate(const CreateOptions& options) {
 
     ArchiveRun run(!options.quiet);
     run.report.totalSize = listing.totalSize;
-    OverwriteMode answer = OVERWRITE_ASK;
+    ArchiveExistsAnswer answer;
     SetOverwrite(options.overwrite, answer, run.settings);
     const FormatResult result = format->WriteArchive(&request, &run.settings);
     run.EndProgress();
-    if (result == FORMAT_CANCELLED && answer != OVERWRITE_CANCEL &&
-        run.settings.onArchiveExists == nullptr) {
+    if (result == FORMAT_CANCELLED && run.settings.onArchiveExists == nullptr &&
+        run.settings.overwriteMode == OVERWRITE_ASK) {
         FailWith(kCommand, options.archive + ": exists; choose what to do with --overwrite",
                  kExitCancelled);
     }
@@ -236,7 +250,7 @@ void RunCreate(const CreateOptions& options) {
         FailWithResult(kCommand, options.archive, result);
     }
     const std::string written = platform::Utf16ToUtf8(request.archiveName);
-    if (run.settings.overwriteMode == OVERWRITE_SKIP) {
+    if (answer.given == OVERWRITE_SKIP) {
         if (!options.quiet) {
             std::cout << written << " exists and stays as it was\n";
         }

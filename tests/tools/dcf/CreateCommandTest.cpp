@@ -1,0 +1,283 @@
+// dcf create, run as a program, with what it made read back by dcf extract, list and info.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "tests/TestFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Exit codes of dcf, as its help text documents them.
+constexpr int kUsage = 2;
+constexpr int kBadKey = 3;
+constexpr int kIo = 5;
+constexpr int kCancelled = 6;
+
+std::string ReadAll(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void WriteAll(const fs::path& path, const std::string& text) {
+    fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+}
+
+struct Outcome {
+    int code = -1;
+    std::string out;
+    std::string err;
+};
+
+class CreateCommandTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        WriteAll(Path("data/reports/2021/a.txt"), "annual report");
+        std::string noise(70000, '\0');
+        for (std::size_t i = 0; i < noise.size(); ++i) {
+            noise[i] = static_cast<char>((i * 2654435761u) >> 13);
+        }
+        WriteAll(Path("data/reports/b.bin"), noise);
+        WriteAll(Path("data/reports/\xC3\xBC\xC3\xB1\xC3\xAF.txt"), "non-ASCII name");
+        WriteAll(Path("data/notes/n.txt"), "a note");
+        fs::create_directories(Path("data/reports/empty"));
+        WriteAll(Path("password"), "secret\n");
+    }
+
+    fs::path Path(const std::string& name) const { return folder_.Native() / name; }
+
+    // Runs dcf in the test folder with `input` on standard input; nothing of it is a terminal.
+    Outcome Dcf(const std::string& arguments, const std::string& input = "") {
+        WriteAll(Path("stdin"), input);
+        const std::string command = "cd '" + folder_.Native().string() +
+                                    "' && \"" DCF_TOOL_PATH "\" " + arguments +
+                                    " <stdin >stdout 2>stderr; echo $? >rc";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        return {std::stoi(ReadAll(Path("rc"))), ReadAll(Path("stdout")), ReadAll(Path("stderr"))};
+    }
+
+    // A failure is told in one line that names the command and what failed.
+    static void ExpectOneLine(const Outcome& outcome, const std::string& needle) {
+        EXPECT_EQ(outcome.err.rfind("dcf create: ", 0), 0u) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        EXPECT_NE(outcome.err.find(needle), std::string::npos) << outcome.err;
+    }
+
+    // The reports tree extracted under `out`, names beginning at "reports".
+    void ExpectReports(const fs::path& out) const {
+        for (const char* name :
+             {"reports/2021/a.txt", "reports/b.bin", "reports/\xC3\xBC\xC3\xB1\xC3\xAF.txt"}) {
+            SCOPED_TRACE(name);
+            ASSERT_TRUE(fs::exists(out / name));
+            EXPECT_EQ(ReadAll(out / name), ReadAll(Path(std::string("data/") + name)));
+        }
+        EXPECT_TRUE(fs::is_directory(out / "reports/empty"));
+    }
+
+    // Archives and temporary files in the test folder.
+    std::vector<std::string> Archives() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder_.Native())) {
+            const std::string name = entry.path().filename().string();
+            if (name.find(".dcf") != std::string::npos || name.find(".exe") != std::string::npos ||
+                (name.rfind("st", 0) == 0 && name.ends_with(".tmp"))) {
+                names.push_back(name);
+            }
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    tests::TestFolder folder_;
+};
+
+TEST_F(CreateCommandTest, TreesRoundTripWithNamesFromTheCommonFolder) {
+    const Outcome created =
+        Dcf("create new data/reports data/notes/ data/reports --password-file password");
+    ASSERT_EQ(created.code, 0) << created.err;
+    EXPECT_EQ(created.err, "");  // no progress line where there is no terminal
+    EXPECT_NE(created.out.find("new.dcf: 4 files, 4 folders"), std::string::npos) << created.out;
+
+    const Outcome listed = Dcf("list --json new.dcf --password-file password");
+    ASSERT_EQ(listed.code, 0) << listed.err;
+    const auto json = nlohmann::json::parse(listed.out);
+    EXPECT_EQ(json["folders"][0], "reports");
+    EXPECT_EQ(json["files"].size(), 4u);  // a path given twice is stored once
+
+    ASSERT_EQ(Dcf("extract new.dcf -C out --password-stdin", "secret\n").code, 0);
+    ExpectReports(Path("out"));
+    EXPECT_EQ(ReadAll(Path("out/notes/n.txt")), "a note");
+    EXPECT_EQ(Dcf("extract new.dcf -C wrong --password-stdin", "secreT\n").code, kBadKey);
+
+    // A single file is stored under its own name.
+    ASSERT_EQ(Dcf("create one.dcf data/notes/n.txt --password-file password -q").code, 0);
+    ASSERT_EQ(Dcf("extract one.dcf -C single --password-file password -q").code, 0);
+    EXPECT_EQ(ReadAll(Path("single/n.txt")), "a note");
+}
+
+TEST_F(CreateCommandTest, ArgumentsThatCannotMakeAnArchiveAreRefusedInOneLine) {
+    WriteAll(Path("other/x.txt"), "x");
+    const Outcome apart = Dcf("create a data/reports other/x.txt --password-file password");
+    EXPECT_EQ(apart.code, kUsage);
+    ExpectOneLine(apart, "one folder");
+    const Outcome missing = Dcf("create a data/nowhere --password-file password");
+    EXPECT_EQ(missing.code, kIo);
+    ExpectOneLine(missing, "data/nowhere");
+    const Outcome noTerminal = Dcf("create a data/reports");
+    EXPECT_EQ(noTerminal.code, kUsage);
+    ExpectOneLine(noTerminal, "--password-file");
+    const Outcome nobody = Dcf("create a data/reports --no-password");
+    EXPECT_EQ(nobody.code, kUsage);
+    ExpectOneLine(nobody, "--recipient");
+    const Outcome tooLong = Dcf("create a data/reports --password-stdin", std::string(65, 'p'));
+    EXPECT_EQ(tooLong.code, kUsage);
+    ExpectOneLine(tooLong, "64 bytes");
+    WriteAll(Path("bad.pubkey"), "0123");
+    const Outcome badKey = Dcf("create a data/reports --no-password --recipient bad.pubkey");
+    EXPECT_EQ(badKey.code, kBadKey);
+    ExpectOneLine(badKey, "not a public key");
+    EXPECT_EQ(Dcf("create a data/reports --password-file password --stub s").code, kUsage);
+    const Outcome noStub = Dcf("create a data/reports --password-file password --sfx --stub s");
+    EXPECT_EQ(noStub.code, kIo);
+    ExpectOneLine(noStub, "no stub");
+    EXPECT_TRUE(Archives().empty());
+}
+
+TEST_F(CreateCommandTest, ExistingArchiveIsHandledAsTheOptionSays) {
+    ASSERT_EQ(Dcf("create a data/reports --password-file password").code, 0);
+    const std::string old = ReadAll(Path("a.dcf"));
+
+    // Without a terminal "ask" can't ask: it stops like "cancel".
+    const Outcome asked = Dcf("create a data/reports --password-file password");
+    EXPECT_EQ(asked.code, kCancelled);
+    ExpectOneLine(asked, "--overwrite");
+    EXPECT_EQ(Dcf("create a data/reports --password-file password --overwrite cancel").code,
+              kCancelled);
+    const Outcome skipped = Dcf("create a data/reports --password-file password --overwrite skip");
+    EXPECT_EQ(skipped.code, 0);
+    EXPECT_NE(skipped.out.find("stays as it was"), std::string::npos);
+    EXPECT_EQ(ReadAll(Path("a.dcf")), old);
+
+    for (int n = 1; n <= 2; ++n) {
+        const Outcome numbered =
+            Dcf("create a.dcf data/notes --password-file password --overwrite numbered");
+        EXPECT_EQ(numbered.code, 0) << numbered.err;
+        EXPECT_NE(numbered.out.find("a (" + std::to_string(n) + ").dcf"), std::string::npos);
+    }
+    EXPECT_EQ(ReadAll(Path("a.dcf")), old);
+    ASSERT_EQ(Dcf("create a data/notes --password-file password --overwrite replace").code, 0);
+    EXPECT_NE(ReadAll(Path("a.dcf")), old);
+    EXPECT_EQ(Archives(), (std::vector<std::string>{"a (1).dcf", "a (2).dcf", "a.dcf"}));
+}
+
+TEST_F(CreateCommandTest, RecipientAloneOpensAndSelfExtractingFilesCarryTheStub) {
+    ASSERT_EQ(Dcf("keygen --name r --out key").code, 0);
+    std::string stub = "#!/bin/sh\necho stub\nexit 0\n";
+    stub.resize(5000, '\n');
+    WriteAll(Path("stub"), stub);
+    fs::permissions(Path("stub"), fs::perms::owner_exec, fs::perm_options::add);
+
+    const Outcome created =
+        Dcf("create parcel data/reports --no-password --recipient key.pubkey --sfx --stub stub");
+    ASSERT_EQ(created.code, 0) << created.err;
+    const std::string file = ReadAll(Path("parcel.exe"));
+    EXPECT_EQ(file.substr(0, stub.size()), stub);
+    EXPECT_NE(fs::status(Path("parcel.exe")).permissions() & fs::perms::owner_exec,
+              fs::perms::none);
+
+    ASSERT_EQ(Dcf("extract parcel.exe -C out --key key.privkey").code, 0);
+    ExpectReports(Path("out"));
+    EXPECT_EQ(Dcf("extract parcel.exe -C none --password-stdin", "\n").code, kBadKey);
+    const Outcome info = Dcf("info --json parcel.exe");
+    ASSERT_EQ(info.code, 0);
+    EXPECT_EQ(nlohmann::json::parse(info.out)["imageOffset"], stub.size());
+}
+
+TEST_F(CreateCommandTest, ManifestGivesCategoriesToFilesAndThePreamble) {
+    WriteAll(Path("manifest.json"), R"({
+        "reports/2021/a.txt": [{"id": "01234567-89ab-cdef-0123-456789abcdef", "name": "Payroll",
+                                "priority": 3, "hasPriority": true, "kind": 1}],
+        "reports/b.bin": [{"id": "11234567-89AB-cdef-0123-456789abcdef", "unified": true},
+                          {"id": "01234567-89ab-cdef-0123-456789abcdef"}]})");
+    ASSERT_EQ(Dcf("create c data/reports --password-file password --categories manifest.json").code,
+              0);
+    const Outcome info = Dcf("info --json c.dcf");
+    ASSERT_EQ(info.code, 0) << info.err;
+    const auto preamble = nlohmann::json::parse(info.out)["categories"];
+    ASSERT_EQ(preamble.size(), 2u);  // the same id of two files once
+    const Outcome listed = Dcf("list --json c.dcf --password-file password");
+    const auto files = nlohmann::json::parse(listed.out)["files"];
+    std::size_t tagged = 0;
+    for (const auto& entry : files) {
+        tagged += entry["categories"].empty() ? 0 : 1;
+    }
+    EXPECT_EQ(tagged, 2u);
+
+    for (const auto& [manifest, needle] :
+         {std::pair<std::string, std::string>{R"({"reports/none": []})", "no such file"},
+          {R"({"reports/b.bin": [{"id": "xyz"}]})", "\"id\""},
+          {R"({"reports/b.bin": [{"id": "01234567-89ab-cdef-0123-456789abcdef", "colour": 1}]})",
+           "colour"},
+          {R"({"reports/b.bin": [{"id": "01234567-89ab-cdef-0123-456789abcdef", "kind": "x"}]})",
+           "number"},
+          {R"([1, 2])", "object"},
+          {R"({"reports/b.bin": )", "parse"}}) {
+        SCOPED_TRACE(manifest);
+        WriteAll(Path("bad.json"), manifest);
+        const Outcome bad =
+            Dcf("create bad data/reports --password-file password --categories bad.json");
+        EXPECT_EQ(bad.code, kUsage);
+        ExpectOneLine(bad, needle);
+    }
+    EXPECT_EQ(Archives(), std::vector<std::string>{"c.dcf"});
+}
+
+// Runs dcf on a pseudo-terminal through script(1), typing `lines` once the prompts show.
+TEST_F(CreateCommandTest, PasswordIsAskedTwiceWithoutEchoOnATerminal) {
+    if (std::system("command -v script >/dev/null 2>&1 && command -v mkfifo >/dev/null 2>&1") !=
+        0) {
+        GTEST_SKIP() << "no script(1) to make a terminal";
+    }
+    const auto typed = [&](const std::string& archive, const std::string& second) {
+        const std::string run =
+            "cd '" + folder_.Native().string() +
+            "' || exit 1\n"
+            "rm -f typed transcript; mkfifo typed || exit 1\n"
+            "(script -qfec '\"" DCF_TOOL_PATH "\" create " +
+            archive +
+            " data/notes' transcript <typed >/dev/null; echo $? >rc) &\n"
+            "exec 3>typed\n"
+            "wait_for() { i=0; until grep -q \"$1\" transcript 2>/dev/null || [ $i -ge 200 ]; "
+            "do sleep 0.05; i=$((i+1)); done; sleep 0.2; }\n"
+            "wait_for 'Password for'\n"
+            "printf 'typed-secret\\n' >&3\n"
+            "wait_for 'Repeat'\n"
+            "printf '" +
+            second +
+            "\\n' >&3\n"
+            "exec 3>&-\n"
+            "wait\n";
+        EXPECT_EQ(std::system(run.c_str()), 0);
+        return std::stoi(ReadAll(Path("rc")));
+    };
+    EXPECT_EQ(typed("t", "typed-secret"), 0) << ReadAll(Path("transcript"));
+    const std::string transcript = ReadAll(Path("transcript"));
+    EXPECT_EQ(transcript.find("typed-secret"), std::string::npos) << transcript;
+    ASSERT_EQ(Dcf("extract t.dcf -C out --password-stdin", "typed-secret\n").code, 0);
+    EXPECT_EQ(ReadAll(Path("out/notes/n.txt")), "a note");
+
+    EXPECT_EQ(typed("u", "other"), kUsage);
+    EXPECT_NE(ReadAll(Path("transcript")).find("the two passwords differ"), std::string::npos);
+    EXPECT_FALSE(fs::exists(Path("u.dcf")));
+}
+
+}  // namespace

@@ -1,0 +1,215 @@
+// The stub's resources as built: each dialog template against the layout table, the icon
+// group, the manifest, and the executable's subsystem and imports.
+
+#include <windows.h>
+
+#include <commctrl.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include <string>
+#include <vector>
+
+#include "platform/Module.h"
+#include "tests/frontend/win32/ResourceReader.h"
+
+namespace {
+
+using tests::DialogItem;
+using tests::DialogTemplate;
+
+// The stub beside the tests in the build tree.
+std::u16string StubPath() {
+    std::u16string path = platform::ModulePath();
+    path.resize(path.find_last_of(u'\\') + 1);
+    return path + u"..\\..\\frontend\\Vomdrel.exe";
+}
+
+constexpr DWORD kEdit = WS_CHILD | WS_VISIBLE | WS_BORDER | WS_TABSTOP | ES_AUTOHSCROLL;
+constexpr DWORD kButton = WS_CHILD | WS_VISIBLE | WS_TABSTOP;
+constexpr DWORD kLabel = WS_CHILD | WS_VISIBLE | SS_RIGHT | SS_CENTERIMAGE | WS_GROUP;
+
+struct Texts {
+    WORD id;
+    LANGID language;
+    std::u16string caption, extractTo, password, privateKey, browse, cancel;
+};
+
+const std::vector<Texts> kTemplates = {
+    {129, MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), u"Extract archive", u"Extract to",
+     u"Password", u"Private key", u"Browse...", u"Cancel"},
+    {130, MAKELANGID(LANG_CZECH, SUBLANG_DEFAULT), u"Rozbalení archivu", u"Extrahovat do", u"Heslo",
+     u"Privátní klíč", u"Procházet...", u"Zrušit"},
+    {133, MAKELANGID(LANG_FRENCH, SUBLANG_FRENCH), u"Décompression de l'archive", u"Extraire vers",
+     u"Mot de passe", u"Clé privée", u"Parcourir...", u"Annuler"},
+    {134, MAKELANGID(LANG_SPANISH, SUBLANG_SPANISH_MODERN), u"Descomprimir archivo", u"Extraer en ",
+     u"Contraseña", u"Llave privada", u"Examinar...", u"Cancelar"},
+    {135, MAKELANGID(LANG_VIETNAMESE, SUBLANG_DEFAULT), u"Bung nén lưu trữ", u"Bung nén ra ",
+     u"Mật khẩu", u"Khóa riêng", u"Duyệt", u"Hủy bỏ"},
+    {136, MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN), u"Extrahieren des Archivs ",
+     u"In .... extrahieren", u"Passwort", u"Privatschlüssel", u"Durchgehen...", u"Aufheben"},
+    {137, MAKELANGID(LANG_PORTUGUESE, SUBLANG_PORTUGUESE_BRAZILIAN), u"Extraindo arquivo",
+     u"Extrair para", u"Senha", u"Chave privada", u"Examinar", u"Cancelar"},
+    {138, MAKELANGID(LANG_RUSSIAN, SUBLANG_DEFAULT), u"Извлечение архива", u"Извлечь в ", u"Пароль",
+     u"Закрытый ключ", u"Обзор", u"Отмена"},
+};
+
+// The English layout with the texts of `t`, then each language's differences.
+DialogTemplate Expected(const Texts& t) {
+    DialogTemplate d;
+    d.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME | DS_SETFONT;
+    d.width = 247;
+    d.height = 121;
+    d.caption = t.caption;
+    d.pointSize = 8;
+    d.typeface = u"MS Shell Dlg";
+    d.items = {
+        {kEdit, 59, 7, 125, 14, 1007, u"edit", u""},
+        {kButton, 190, 7, 50, 14, 1001, u"button", t.browse},
+        {kEdit | ES_PASSWORD, 59, 24, 125, 14, 1008, u"edit", u""},
+        {kEdit, 59, 41, 125, 14, 1009, u"edit", u""},
+        {kButton, 190, 40, 50, 14, 1006, u"button", t.browse},
+        {kButton | BS_DEFPUSHBUTTON, 134, 62, 50, 14, 1010, u"button", u"OK"},
+        {kButton, 59, 62, 50, 14, 1011, u"button", t.cancel},
+        {kLabel, 7, 25, 47, 12, -1, u"static", t.password},
+        {kLabel, 7, 7, 47, 14, -1, u"static", t.extractTo},
+        {kLabel, 7, 41, 47, 14, -1, u"static", t.privateKey},
+        {WS_CHILD | WS_VISIBLE | WS_BORDER | PBS_SMOOTH, 10, 85, 225, 15, 1012,
+         u"msctls_progress32", u""},
+        {WS_CHILD | WS_VISIBLE | WS_GROUP, 10, 104, 225, 15, 1003, u"static", u""},
+    };
+    std::vector<DialogItem>& items = d.items;
+    DialogItem& password = items[2];
+    DialogItem& ok = items[5];
+    DialogItem& cancel = items[6];
+    DialogItem* labels[] = {&items[7], &items[8], &items[9]};
+    if (t.id == 130 || t.id == 133 || t.id == 134) {
+        for (DialogItem* label : labels) {
+            label->width = 48;
+        }
+    }
+    if (t.id == 133 || t.id == 134) {
+        d.height = 122;
+        ok.y = cancel.y = 63;
+    }
+    if (t.id == 134) {
+        password.height = 12;
+        labels[0]->y = 24;
+    }
+    if (t.id == 135) {
+        ok.y = cancel.y = 61;
+    }
+    if (t.id == 136) {
+        d.width = 257;
+        d.height = 122;
+        for (const int edit : {0, 2, 3, 6}) {
+            items[edit].x = 69;
+        }
+        items[1].x = items[4].x = 200;
+        ok.x = 144;
+        const short placement[][2] = {{4, 61}, {2, 63}, {18, 47}};
+        for (int i = 0; i < 3; ++i) {
+            labels[i]->x = placement[i][0];
+            labels[i]->width = placement[i][1];
+        }
+        items[10].width = 234;
+    }
+    return d;
+}
+
+std::string Describe(const DialogItem& item) {
+    return "control " + std::to_string(item.id) + " at " + std::to_string(item.x) + "," +
+           std::to_string(item.y);
+}
+
+TEST(StubResources, EveryDialogTemplateMatchesItsLayoutAndLanguage) {
+    const tests::ResourceModule stub(StubPath());
+    ASSERT_TRUE(stub.Loaded());
+    for (const Texts& texts : kTemplates) {
+        SCOPED_TRACE("template " + std::to_string(texts.id));
+        EXPECT_TRUE(stub.HasLanguage(RT_DIALOG, texts.id, texts.language));
+        const auto actual = tests::ParseDialogTemplate(stub.Bytes(RT_DIALOG, texts.id));
+        ASSERT_TRUE(actual.has_value());
+        const DialogTemplate expected = Expected(texts);
+        EXPECT_EQ(actual->style, expected.style);
+        EXPECT_EQ(actual->width, expected.width);
+        EXPECT_EQ(actual->height, expected.height);
+        EXPECT_TRUE(actual->caption == expected.caption);
+        EXPECT_EQ(actual->pointSize, expected.pointSize);
+        EXPECT_TRUE(actual->typeface == expected.typeface);
+        ASSERT_EQ(actual->items.size(), expected.items.size());
+        for (std::size_t i = 0; i < expected.items.size(); ++i) {
+            const DialogItem& want = expected.items[i];
+            const DialogItem& got = actual->items[i];
+            SCOPED_TRACE(Describe(want));
+            EXPECT_EQ(got.id, want.id);
+            EXPECT_TRUE(got.className == want.className);
+            EXPECT_TRUE(got.text == want.text);
+            EXPECT_EQ(got.style, want.style);
+            EXPECT_EQ(got.x, want.x);
+            EXPECT_EQ(got.y, want.y);
+            EXPECT_EQ(got.width, want.width);
+            EXPECT_EQ(got.height, want.height);
+        }
+    }
+}
+
+TEST(StubResources, IconGroupHoldsThreeSizesOfThirtyTwoBits) {
+    const tests::ResourceModule stub(StubPath());
+    ASSERT_TRUE(stub.Loaded());
+    const std::vector<std::uint8_t> group = stub.Bytes(RT_GROUP_ICON, 107);
+    ASSERT_GE(group.size(), 6u + 3 * 14);
+    ASSERT_EQ(group[4], 3);  // image count
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::uint8_t* entry = group.data() + 6 + 14 * i;
+        const int size = entry[0];
+        EXPECT_EQ(size, std::vector<int>({48, 32, 16})[i]);
+        EXPECT_EQ(entry[6], 32);  // bits per pixel
+        const WORD imageId = static_cast<WORD>(entry[12] | entry[13] << 8);
+        const std::vector<std::uint8_t> image = stub.Bytes(RT_ICON, imageId);
+        ASSERT_GE(image.size(), sizeof(BITMAPINFOHEADER));
+        BITMAPINFOHEADER header;
+        std::memcpy(&header, image.data(), sizeof(header));
+        EXPECT_EQ(header.biWidth, size);
+        EXPECT_EQ(header.biHeight, 2 * size);  // colour and mask
+        EXPECT_EQ(header.biBitCount, 32);
+        // Colour rows, then a mask row of whole 32-bit words per pixel row.
+        EXPECT_EQ(image.size(), sizeof(header) + std::size_t(size) * size * 4 +
+                                    std::size_t(size) * ((size + 31) / 32 * 4));
+    }
+}
+
+TEST(StubResources, ManifestRunsAsInvokerWithCommonControlsSix) {
+    const tests::ResourceModule stub(StubPath());
+    ASSERT_TRUE(stub.Loaded());
+    const std::vector<std::uint8_t> bytes = stub.Bytes(RT_MANIFEST, 1);
+    const std::string manifest(bytes.begin(), bytes.end());
+    EXPECT_NE(manifest.find(R"(level="asInvoker")"), std::string::npos);
+    EXPECT_NE(manifest.find(R"(uiAccess="false")"), std::string::npos);
+    const std::size_t controls = manifest.find(R"(name="Microsoft.Windows.Common-Controls")");
+    ASSERT_NE(controls, std::string::npos);
+    EXPECT_EQ(manifest.find(R"(version="6.0.0.0")", controls),
+              manifest.find(R"(version=")", controls));
+}
+
+TEST(StubResources, GuiProgramThatNeedsOnlySystemLibraries) {
+    const auto facts = tests::ReadExecutableFacts(StubPath());
+    ASSERT_TRUE(facts.has_value());
+    EXPECT_EQ(facts->subsystem, IMAGE_SUBSYSTEM_WINDOWS_GUI);
+    // A recipient's machine has the system's libraries and nothing else: the runtime and
+    // zlib are linked in.
+    const std::vector<std::string> system = {
+        "advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll",    "iphlpapi.dll",
+        "kernel32.dll", "mpr.dll",      "msvcrt.dll",   "netapi32.dll", "ntdll.dll",
+        "ole32.dll",    "rpcrt4.dll",   "shell32.dll",  "user32.dll",   "ws2_32.dll",
+        "bcrypt.dll",   "crypt32.dll",  "shlwapi.dll"};
+    for (const std::string& dll : facts->importedDlls) {
+        EXPECT_TRUE(std::find(system.begin(), system.end(), dll) != system.end() ||
+                    dll.rfind("api-ms-win-", 0) == 0)
+            << dll << " is not part of the system";
+    }
+}
+
+}  // namespace

@@ -1,0 +1,348 @@
+// The extraction dialog driven by messages, with its message boxes answered by the test and
+// real self-extracting files on disk.
+
+#include "frontend/win32/ExtractionDialog.h"
+
+#include <commctrl.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "archive/FileFormatSFX.h"
+#include "archive/SfxTrailer.h"
+#include "crypto/KeyGeneration.h"
+#include "crypto/Rsa.h"
+#include "frontend/ExtractionChoices.h"
+#include "frontend/ExtractionDriver.h"
+#include "frontend/ExtractionParameters.h"
+#include "frontend/InteractiveFrontEnd.h"
+#include "frontend/LocalizedStrings.h"
+#include "frontend/resources/DialogControls.h"
+#include "platform/Module.h"
+#include "tests/TestFolder.h"
+#include "tests/archive/ImageBuilder.h"
+#include "tests/frontend/win32/DialogHarness.h"
+
+namespace {
+
+using tests::Bytes;
+using tests::DialogUnderTest;
+using tests::EntrySpec;
+namespace fs = std::filesystem;
+
+constexpr int kProgressRowsHeight = 60;
+const std::u16string kReplaceQuestion = u"File already exists. Do you want to replace it?\r\n";
+
+class ExtractionDialogTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ExtractionParameters = CExtractionParameters();
+        LocalizedStrings.BuildStringTable();
+        LocalizedStrings.SelectLanguage(u"English");
+        ExtractionParameters.sourcePath = folder_.Path(u"archive.exe");
+    }
+    void TearDown() override { ExtractionParameters = CExtractionParameters(); }
+
+    // Where the dialog extracts to when the target field holds the test folder.
+    std::u16string Target() const {
+        return ArchiveTargetFolder(folder_.Root(), platform::ModulePath());
+    }
+
+    // A stub's worth of bytes, the image and the trailer, as the dialog's source.
+    void WriteArchive(const std::vector<EntrySpec>& entries,
+                      const tests::ImageSettings& settings = {}) const {
+        const Bytes image = tests::BuildImage(settings, {}, entries);
+        Bytes file(4096, 'M');
+        file.insert(file.end(), image.begin(), image.end());
+        const SfxTrailerBytes trailer = BuildSfxTrailer(image.size());
+        file.insert(file.end(), trailer.begin(), trailer.end());
+        WriteFile(ExtractionParameters.sourcePath, file);
+    }
+
+    static void WriteFile(const std::u16string& path, const Bytes& content) {
+        fs::create_directories(fs::path(path).parent_path());
+        std::ofstream(fs::path(path), std::ios::binary)
+            .write(reinterpret_cast<const char*>(content.data()),
+                   static_cast<std::streamsize>(content.size()));
+    }
+
+    static Bytes ReadFile(const std::u16string& path) {
+        std::ifstream stream(fs::path(path), std::ios::binary);
+        return Bytes(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+    }
+
+    // Starts an extraction with a password into the test folder.
+    void StartWithPassword(const DialogUnderTest& dialog, const std::u16string& password) const {
+        dialog.Type(IDC_TARGET_FOLDER, folder_.Root());
+        dialog.Type(IDC_PASSWORD, password);
+        dialog.Click(IDC_EXTRACT);
+    }
+
+    static void ExpectInputsEnabled(const DialogUnderTest& dialog, bool enabled) {
+        for (const int id : {IDC_TARGET_FOLDER, IDC_BROWSE_FOLDER, IDC_PASSWORD, IDC_KEY_PATH,
+                             IDC_BROWSE_KEY, IDC_EXTRACT}) {
+            EXPECT_EQ(dialog.Enabled(id), enabled) << "control " << id;
+        }
+        EXPECT_TRUE(dialog.Enabled(IDC_CANCEL_EXTRACTION));
+    }
+
+    tests::TestFolder folder_;
+    tests::MessageBoxScript boxes_;
+};
+
+TEST_F(ExtractionDialogTest, OpensCentredWithoutProgressRowsOnTheProgramFolder) {
+    DialogUnderTest dialog;
+    EXPECT_EQ(CurrentDialog.load(), dialog.Handle());
+    const RECT frame = dialog.Frame();
+    const int width = frame.right - frame.left;
+    const int fullHeight = dialog.Height() + kProgressRowsHeight;
+    EXPECT_EQ(frame.left, (GetSystemMetrics(SM_CXSCREEN) - width) / 2);
+    EXPECT_EQ(frame.top, (GetSystemMetrics(SM_CYSCREEN) - fullHeight) / 2);
+
+    // Progress bar and status line lie below the visible client area.
+    RECT client{};
+    GetClientRect(dialog.Handle(), &client);
+    for (const int id : {IDC_PROGRESS_BAR, IDC_STATUS_LINE}) {
+        RECT item{};
+        GetWindowRect(dialog.Item(id), &item);
+        MapWindowPoints(nullptr, dialog.Handle(), reinterpret_cast<POINT*>(&item), 2);
+        EXPECT_GE(item.top, client.bottom) << "control " << id;
+    }
+    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == GetModuleDirectory());
+    EXPECT_EQ(GetFocus(), dialog.Item(IDC_PASSWORD));
+    ExpectInputsEnabled(dialog, true);
+    EXPECT_EQ(LOWORD(SendMessageW(dialog.Handle(), DM_GETDEFID, 0, 0)), IDC_EXTRACT);
+}
+
+TEST_F(ExtractionDialogTest, PasswordAndKeyPathExcludeEachOther) {
+    DialogUnderTest dialog;
+    struct Row {
+        std::u16string password, keyPath;
+        bool passwordEnabled, keyEnabled;
+    };
+    for (const Row& row : {Row{u"pw", u"", true, false}, Row{u"", u"", true, true},
+                           Row{u"", u"my.privkey", false, true}, Row{u"", u"", true, true}}) {
+        dialog.Type(IDC_PASSWORD, row.password);
+        dialog.Type(IDC_KEY_PATH, row.keyPath);
+        EXPECT_EQ(dialog.Enabled(IDC_PASSWORD), row.passwordEnabled);
+        EXPECT_EQ(dialog.Enabled(IDC_KEY_PATH), row.keyEnabled);
+        EXPECT_EQ(dialog.Enabled(IDC_BROWSE_KEY), row.keyEnabled);
+    }
+}
+
+TEST_F(ExtractionDialogTest, MissingOrUnreadableCredentialsAreRefusedInPlace) {
+    DialogUnderTest dialog;
+    const int height = dialog.Height();
+    dialog.Click(IDC_EXTRACT);
+    // A key path is tried first; the typed password then has no effect.
+    dialog.Type(IDC_PASSWORD, u"typed");
+    dialog.Type(IDC_KEY_PATH, folder_.Path(u"missing.privkey"));
+    dialog.Click(IDC_EXTRACT);
+
+    const auto boxes = boxes_.Boxes();
+    ASSERT_EQ(boxes.size(), 2u);
+    EXPECT_TRUE(boxes[0].text ==
+                u"Password or path to a private key file is required to extract the archive.");
+    EXPECT_TRUE(boxes[1].text == u"Unable to read private key from the selected location.");
+    for (const tests::RecordedBox& box : boxes) {
+        EXPECT_EQ(box.owner, dialog.Handle());
+        EXPECT_TRUE(box.caption == u"Error");
+        EXPECT_EQ(box.type, static_cast<UINT>(MB_ICONERROR));
+    }
+    EXPECT_FALSE(ExtractionParameters.passwordGiven);
+    EXPECT_FALSE(ExtractionParameters.keyGiven);
+    EXPECT_EQ(dialog.Height(), height);
+    EXPECT_FALSE(dialog.Ended());
+    EXPECT_TRUE(dialog.Enabled(IDC_EXTRACT));
+    EXPECT_FALSE(fs::exists(fs::path(Target())));
+}
+
+TEST_F(ExtractionDialogTest, EarlyFailureLeavesTheDialogOpenAndItGrowsOnlyOnce) {
+    DialogUnderTest dialog;  // the source file does not exist
+    const int collapsed = dialog.Height();
+    for (int attempt = 1; attempt <= 2; ++attempt) {
+        SCOPED_TRACE(attempt);
+        StartWithPassword(dialog, u"secret");
+        ASSERT_TRUE(tests::PumpUntil([&] {
+            return boxes_.Count() == static_cast<std::size_t>(attempt) &&
+                   dialog.Enabled(IDC_EXTRACT) && !dialog.Shown(IDC_PROGRESS_BAR);
+        }));
+        const tests::RecordedBox box = boxes_.Boxes().back();
+        EXPECT_TRUE(box.text == u"File couldn't be extracted (wrong password?).");
+        EXPECT_TRUE(box.caption == u"Error");
+        EXPECT_EQ(box.owner, dialog.Handle());
+        // Open: full height, inputs back, progress bar hidden, still there.
+        EXPECT_EQ(dialog.Height(), collapsed + kProgressRowsHeight);
+        ExpectInputsEnabled(dialog, true);
+        EXPECT_FALSE(dialog.Shown(IDC_PROGRESS_BAR));
+        EXPECT_FALSE(dialog.Ended());
+    }
+}
+
+TEST_F(ExtractionDialogTest, PasswordExtractionRunsToTheEndAndEndsTheDialog) {
+    const Bytes big = tests::Noise(600000, 3);
+    const Bytes small = tests::Noise(100, 4);
+    WriteArchive({{u"\\big.bin", big, {}}, {u"\\small.txt", small, {}}});
+    DialogUnderTest dialog;
+    const int collapsed = dialog.Height();
+    StartWithPassword(dialog, u"secret");
+    // Running, until the worker's first call reaches the dialog.
+    EXPECT_EQ(dialog.Height(), collapsed + kProgressRowsHeight);
+    ExpectInputsEnabled(dialog, false);
+    EXPECT_TRUE(dialog.Shown(IDC_PROGRESS_BAR));
+    EXPECT_TRUE(ExtractionParameters.passwordGiven);
+    EXPECT_TRUE(ExtractionParameters.targetPath == Target());
+
+    ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
+    EXPECT_EQ(ReadFile(Target() + u"big.bin"), big);
+    EXPECT_EQ(ReadFile(Target() + u"small.txt"), small);
+    EXPECT_EQ(SendMessageW(dialog.Item(IDC_PROGRESS_BAR), PBM_GETPOS, 0, 0), 100);
+    EXPECT_TRUE(dialog.Text(IDC_STATUS_LINE) == u"Extracting file: " + Target() + u"small.txt");
+    EXPECT_EQ(boxes_.Count(), 0u);
+}
+
+TEST_F(ExtractionDialogTest, WrongPasswordEndsTheDialogWithoutFiles) {
+    WriteArchive({{u"\\f.txt", Bytes(10, 'f'), {}}});
+    DialogUnderTest dialog;
+    StartWithPassword(dialog, u"wrong");
+    ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
+    EXPECT_FALSE(fs::exists(fs::path(Target() + u"f.txt")));
+}
+
+TEST_F(ExtractionDialogTest, ReplaceQuestionsAnsweredYesNoThenCancel) {
+    const Bytes fresh(20, 'n');
+    const Bytes old(10, 'o');
+    WriteArchive(
+        {{u"\\a", fresh, {}}, {u"\\b", fresh, {}}, {u"\\c", fresh, {}}, {u"\\d", fresh, {}}});
+    for (const char16_t* name : {u"a", u"b", u"c", u"d"}) {
+        WriteFile(Target() + name, old);
+    }
+    boxes_.Answer({IDYES, IDNO, IDCANCEL});
+    DialogUnderTest dialog;
+    StartWithPassword(dialog, u"secret");
+    ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
+
+    EXPECT_EQ(ReadFile(Target() + u"a"), fresh);
+    for (const char16_t* name : {u"b", u"c", u"d"}) {
+        EXPECT_EQ(ReadFile(Target() + name), old);
+    }
+    const auto boxes = boxes_.Boxes();
+    ASSERT_EQ(boxes.size(), 3u);  // none for d: Cancel stopped the extraction
+    const char16_t* asked[] = {u"a", u"b", u"c"};
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        EXPECT_TRUE(boxes[i].text == kReplaceQuestion + Target() + asked[i]);
+        EXPECT_TRUE(boxes[i].caption == u"Question");
+        EXPECT_EQ(boxes[i].type, static_cast<UINT>(MB_YESNOCANCEL | MB_ICONQUESTION));
+        EXPECT_EQ(boxes[i].owner, dialog.Handle());
+    }
+}
+
+TEST_F(ExtractionDialogTest, CancelWhileRunningStopsAndKeepsFinishedFiles) {
+    const Bytes content(30, 'x');
+    WriteArchive(
+        {{u"\\first", content, {}}, {u"\\second", content, {}}, {u"\\third", content, {}}});
+    WriteFile(Target() + u"second", Bytes(5, 'o'));
+    DialogUnderTest dialog;
+    // The user presses Cancel while the question about the second file is up, then answers No.
+    bool endedByCancel = true;
+    boxes_.BeforeAnswer([&] {
+        SendMessageW(dialog.Handle(), WM_COMMAND, MAKEWPARAM(IDC_CANCEL_EXTRACTION, BN_CLICKED), 0);
+        endedByCancel = dialog.Ended();
+    });
+    boxes_.Answer({IDNO});
+    StartWithPassword(dialog, u"secret");
+    ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
+
+    EXPECT_FALSE(endedByCancel);  // the worker ended the dialog, not the button
+    EXPECT_EQ(ReadFile(Target() + u"first"), content);
+    EXPECT_EQ(ReadFile(Target() + u"second"), Bytes(5, 'o'));
+    EXPECT_FALSE(fs::exists(fs::path(Target() + u"third")));
+    EXPECT_EQ(boxes_.Count(), 1u);
+}
+
+TEST_F(ExtractionDialogTest, IdleDialogEndsByCancelCloseAndPrivateMessagesButNotEscape) {
+    const std::function<void(HWND)> enders[] = {
+        [](HWND d) {
+            SendMessageW(d, WM_COMMAND, MAKEWPARAM(IDC_CANCEL_EXTRACTION, BN_CLICKED), 0);
+        },
+        [](HWND d) { SendMessageW(d, WM_CLOSE, 0, 0); },
+        [](HWND d) { SendMessageW(d, kEndDialogRequest, 0, 0); },
+        [](HWND d) { SendMessageW(d, kExtractionEnded, 0, 0); },
+    };
+    for (const auto& end : enders) {
+        DialogUnderTest dialog;
+        SendMessageW(dialog.Handle(), WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
+        EXPECT_FALSE(dialog.Ended());
+        end(dialog.Handle());
+        EXPECT_TRUE(dialog.Ended());
+    }
+}
+
+TEST_F(ExtractionDialogTest, ModalDialogOfTheSelectedLanguage) {
+    // The interactive front end shows the template of the current language and returns when
+    // the dialog is closed.
+    LocalizedStrings.SelectLanguage(u"Deutsch");
+    CurrentDialog.store(nullptr);
+    std::u16string caption;
+    std::thread user([&caption] {
+        HWND dialog = nullptr;
+        for (int i = 0; i < 3000 && dialog == nullptr; ++i) {
+            Sleep(10);
+            dialog = CurrentDialog.load();
+        }
+        wchar_t text[256] = L"";
+        GetWindowTextW(dialog, text, 256);
+        caption = reinterpret_cast<const char16_t*>(text);
+        PostMessageW(dialog, WM_CLOSE, 0, 0);
+    });
+    RunInteractiveFrontEnd();
+    user.join();
+    EXPECT_TRUE(caption == u"Extrahieren des Archivs ");
+}
+
+// Archives sealed for a recipient whose private key file lies in the test folder.
+class KeyExtractionDialogTest : public ExtractionDialogTest {
+protected:
+    static void SetUpTestSuite() {
+        Zelmarik::GeneratedKeyPair pair;
+        ASSERT_EQ(Zelmarik::GenerateKeyPair(u"recipient", -1, pair),
+                  Zelmarik::KeyGenerationResult::Ok);
+        keyFolder_ = new tests::TestFolder;
+        ASSERT_EQ(Zelmarik::WriteKeyPairFiles(pair, KeyPath(), keyFolder_->Path(u"r.pubkey"), true),
+                  platform::kErrorSuccess);
+        Zelmarik::DCRSA::NumberFromHex(modulus_.data(), modulus_.size(), pair.publicKeyText,
+                                       pair.publicKeyText.size());
+    }
+    static void TearDownTestSuite() { delete keyFolder_; }
+    static std::u16string KeyPath() { return keyFolder_->Path(u"r.privkey"); }
+
+    static tests::TestFolder* keyFolder_;
+    static std::array<std::uint32_t, Zelmarik::kRsaNumberWords> modulus_;
+};
+
+tests::TestFolder* KeyExtractionDialogTest::keyFolder_ = nullptr;
+std::array<std::uint32_t, Zelmarik::kRsaNumberWords> KeyExtractionDialogTest::modulus_{};
+
+TEST_F(KeyExtractionDialogTest, PrivateKeyFileExtracts) {
+    const Bytes content = tests::Noise(5000, 9);
+    tests::ImageSettings settings;
+    settings.modulus = modulus_.data();
+    settings.password = u"not typed";
+    WriteArchive({{u"\\sealed.bin", content, {}}}, settings);
+    DialogUnderTest dialog;
+    dialog.Type(IDC_TARGET_FOLDER, folder_.Root());
+    dialog.Type(IDC_KEY_PATH, KeyPath());
+    EXPECT_FALSE(dialog.Enabled(IDC_PASSWORD));
+    dialog.Click(IDC_EXTRACT);
+    EXPECT_TRUE(ExtractionParameters.keyGiven);
+    EXPECT_FALSE(ExtractionParameters.passwordGiven);
+    ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
+    EXPECT_EQ(ReadFile(Target() + u"sealed.bin"), content);
+    EXPECT_EQ(boxes_.Count(), 0u);
+}
+
+}  // namespace

@@ -1,0 +1,99 @@
+// Writing archives: the fixed cost of sealing a key block (two forced slow polls of the random
+// pool, the key derivation, the RSA slot), and the data stream of a file, compressible or not,
+// piece by piece through deflate and the chunk chain into a discarding target.
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "archive/BufferedIo.h"
+#include "archive/DataStreamWriter.h"
+#include "archive/KeyBlockSealing.h"
+#include "crypto/RandomPool.h"
+#include "platform/File.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void SealKeyBlockWithRandomFiller(benchmark::State& state) {
+    const std::array<std::uint8_t, 6> password = {'s', 'e', 'c', 'r', 'e', 't'};
+    for (auto _ : state) {
+        // As the writer does: the pool runs around the sealing only.
+        crypto::RandomStart();
+        dcf::KeyBlock block{};
+        KeyContextPtr keys;
+        if (SealKeyBlock(block, password, nullptr, keys) != kKeyBlockOpened) {
+            state.SkipWithError("sealing failed");
+        }
+        crypto::RandomStop();
+        benchmark::DoNotOptimize(block.data());
+    }
+}
+BENCHMARK(SealKeyBlockWithRandomFiller)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(3);
+
+// A file of `size` bytes of log-like text (compressible) or of random bytes, made once.
+fs::path SourceFile(bool compressible, std::size_t size) {
+    const fs::path path = fs::temp_directory_path() /
+                          (compressible ? "dcf-create-bench-text" : "dcf-create-bench-random");
+    if (fs::exists(path) && fs::file_size(path) == size) {
+        return path;
+    }
+    std::mt19937 random(7);
+    std::string data;
+    data.reserve(size);
+    while (data.size() < size) {
+        if (compressible) {
+            char line[96];
+            std::snprintf(line, sizeof line, "%012zu %08x user=%u action=%s status=ok\n",
+                          data.size(), static_cast<unsigned>(random()), random() % 50,
+                          random() % 2 != 0 ? "read" : "write");
+            data += line;
+        } else {
+            data.push_back(static_cast<char>(random()));
+        }
+    }
+    data.resize(size);
+    std::ofstream(path, std::ios::binary).write(data.data(), static_cast<std::streamsize>(size));
+    return path;
+}
+
+void DataStream(benchmark::State& state, bool compressible) {
+    const std::size_t size = 32u << 20;
+    const std::u16string source = SourceFile(compressible, size).u16string();
+    KeyContextPtr keys = AllocateKeyContext();
+    std::array<std::uint8_t, 256> keyArea{};
+    keyArea.fill(0x5A);
+    LoadKeys(*keys, 1, keyArea);
+    platform::File sink;
+    if (sink.Open(u"/dev/null", platform::OpenMode::Append) != platform::kErrorSuccess) {
+        state.SkipWithError("no /dev/null");
+        return;
+    }
+    BufferedWriter target(sink);
+    DCCArchiveUserSettings settings;
+    DataStreamWriter writer(target, *keys, settings, size);
+    for (auto _ : state) {
+        platform::File file;
+        file.Open(source, platform::OpenMode::Read);
+        if (writer.WriteDataStream(file, size, 0) != FORMAT_OK || !target.Flush()) {
+            state.SkipWithError("the stream failed");
+        }
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * size));
+}
+BENCHMARK_CAPTURE(DataStream, compressible, true)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(DataStream, random, false)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -99,12 +99,21 @@ bool ResolvePath(const std::string& path, std::string& resolved) {
         const std::size_t slash = existing.rfind('/');
         if (slash == std::string::npos) {
             // A relative name of one component: it lies in the current folder.
+            if (existing == "..") {
+                return false;
+            }
             missing = missing.empty() ? existing : existing + "/" + missing;
             existing = ".";
             continue;
         }
         const std::string last = existing.substr(slash + 1);
-        missing = missing.empty() ? last : last + "/" + missing;
+        if (last == "..") {
+            // Where a missing folder's parent lies cannot be told without the folder.
+            return false;
+        }
+        if (!last.empty() && last != ".") {
+            missing = missing.empty() ? last : last + "/" + missing;
+        }
         existing = slash == 0 ? "/" : existing.substr(0, slash);
     }
 }

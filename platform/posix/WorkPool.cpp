@@ -13,11 +13,10 @@ namespace {
 
 class ConditionEvent final : public WorkEvent {
 public:
+    // Notifies under the lock: a waiter that wakes may destroy the event at once.
     void Set() override {
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            set_ = true;
-        }
+        const std::lock_guard<std::mutex> lock(mutex_);
+        set_ = true;
         changed_.notify_all();
     }
 

@@ -121,6 +121,22 @@ TEST(VolumeLookups, MountTableAnswersForPosixPaths) {
     EXPECT_EQ(Zelmarik::QueryVolumeRoot(folder.Path(u"gone/../x")), Zelmarik::TextAnswer(3, u""));
 }
 
+TEST(NetworkLookups, ShareAndNetbiosFailuresComeAsCodes) {
+    const auto [shareCode, sharePath] = Zelmarik::QueryShareLocalPath(u"", u"no-such-share-here");
+    EXPECT_NE(shareCode, 0);
+    EXPECT_TRUE(sharePath.empty());
+    // Nothing answers NetBIOS queries at an address of the documentation range.
+    const auto [nameCode, name] = Zelmarik::QueryNetbiosName(u"192.0.2.1");
+    EXPECT_NE(nameCode, 0);
+    EXPECT_TRUE(name.empty());
+    EXPECT_EQ(Zelmarik::QueryNetbiosName(u"not an address"), Zelmarik::TextAnswer(10022, u""));
+    if (!IsWindows()) {
+        // The system has neither: the codes of "not supported" and "no name found".
+        EXPECT_EQ(shareCode, 50);
+        EXPECT_EQ(nameCode, 11004);
+    }
+}
+
 TEST(DeviceTable, ListsTheVolumeOfTheRootFileSystem) {
     Zelmarik::DeviceTable* table = Zelmarik::ProcessDeviceTable();
     ASSERT_NE(table, nullptr);

@@ -68,9 +68,10 @@ TEST_F(DcfWriterTest, TreeRoundTripsWithEveryPieceBorderAndName) {
     EXPECT_EQ(Extract(u"secre"), FORMAT_BAD_KEY);
 
     // onFileDone heard each file in the order of the request.
-    ASSERT_EQ(recorder_.events.size(), contents_.size());
-    EXPECT_EQ(recorder_.events.front(), "done text0");
-    EXPECT_EQ(recorder_.events.back(), "done f299");
+    ASSERT_EQ(done.size(), contents_.size());
+    EXPECT_EQ(done.front(), "text0");
+    EXPECT_EQ(done.back(), "f299");
+    EXPECT_EQ(opened, done);
 }
 
 TEST_F(DcfWriterTest, ProgressRisesToTheWholeAndStopsShortForAnUnopenedFile) {

@@ -167,11 +167,11 @@ TEST_F(WriteArchiveOutcomesTest, FailuresAfterTheDeleteLeaveNeitherArchiveNorTem
     request_.sealForKey = false;
 
     OldArchive();
-    recorder_.events.clear();
-    recorder_.cancelAfterFiles = 1;  // between entries
+    done.clear();
+    cancelAfterFiles = 1;  // between entries
     EXPECT_EQ(Write(), FORMAT_CANCELLED);
     EXPECT_TRUE(LeftInFolder().empty());
-    EXPECT_EQ(recorder_.events.size(), 1u);
+    EXPECT_EQ(done.size(), 1u);
 
     recorder_.cancel = 0;
     recorder_.percents.clear();
@@ -205,7 +205,7 @@ TEST_F(WriteArchiveOutcomesTest, FailedWritesOfTheHeadersAreTheirsAndCloseTheStr
     ASSERT_EQ(full.Open(u"/dev/full", platform::OpenMode::Append), 0u);
     EXPECT_EQ(WriteArchiveBody(full, request_, settings_), FORMAT_OUTPUT_WRITE_FAILED);
     EXPECT_FALSE(full.IsOpen());
-    EXPECT_TRUE(recorder_.events.empty());
+    EXPECT_TRUE(opened.empty());
 }
 
 }  // namespace

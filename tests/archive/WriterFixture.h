@@ -36,7 +36,12 @@ protected:
         request_.passwordGiven = true;
         recorder_.Attach(settings_);
         settings_.onArchiveExists = OnArchiveExists;
-        settings_.callbackContexts[CALLBACK_ARCHIVE_EXISTS] = this;
+        settings_.onFileOpening = OnFileOpening;
+        settings_.onFileDone = OnFileDone;
+        for (const std::uint32_t id :
+             {CALLBACK_ARCHIVE_EXISTS, CALLBACK_FILE_OPENING, CALLBACK_FILE_DONE}) {
+            settings_.callbackContexts[id] = this;
+        }
     }
 
     // The tree that is archived: "data" in the test folder, which names begin with.
@@ -137,6 +142,20 @@ protected:
         return self.archiveAnswer;
     }
 
+    // Each source file as it is opened and as it is done, by its name; the cancel flag is set
+    // once `cancelAfterFiles` files are done.
+    static void OnFileOpening(const std::u16string* path, void* context) {
+        static_cast<WriterFixture*>(context)->opened.push_back(fs::path(*path).filename());
+    }
+    static void OnFileDone(const std::u16string* path, void* context) {
+        auto& self = *static_cast<WriterFixture*>(context);
+        EXPECT_EQ(fs::path(*path).filename(), self.opened.back());
+        self.done.push_back(fs::path(*path).filename());
+        if (--self.cancelAfterFiles == 0) {
+            self.recorder_.cancel = 1;
+        }
+    }
+
     TestFolder folder_;
     ArchiveWriteRequest request_;
     ArchiveWriteRequest lastRequest_;
@@ -147,6 +166,9 @@ protected:
     std::set<fs::path> listedFolders_;
     OverwriteMode archiveAnswer = OVERWRITE_REPLACE;
     std::vector<std::string> askedAbout;
+    std::vector<fs::path> opened;
+    std::vector<fs::path> done;
+    int cancelAfterFiles = -1;
 };
 
 }  // namespace tests

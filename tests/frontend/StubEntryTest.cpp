@@ -37,7 +37,8 @@ TEST(StubEntry, HelpWinsOverEverythingElse) {
 TEST(StubEntry, MissingKeyValueFailsWithoutTouchingTheDisk) {
     tests::TestFolder folder;
     const std::u16string target = folder.Path(u"out");
-    EXPECT_EQ(RunWith({u"-target", target, u"-key"}), "\r\nExtracting...\r\nExtraction has failed\r\n");
+    EXPECT_EQ(RunWith({u"-target", target, u"-key"}),
+              "\r\nExtracting...\r\nExtraction has failed\r\n");
     EXPECT_TRUE(ExtractionParameters.consoleMode);
     EXPECT_FALSE(ExtractionParameters.keyGiven);
     EXPECT_EQ(ExtractionParameters.targetPath, target);
@@ -54,17 +55,6 @@ TEST(StubEntry, UnreadableKeyFileFailsAndSourceDefaultsToTheProgram) {
 
     RunWith({u"-source", u"given.exe", u"-key", u"k", u"-target", u"t"});
     EXPECT_EQ(ExtractionParameters.sourcePath, u"given.exe");
-}
-
-TEST(StubEntry, WithoutBothKeyAndTargetTheInteractiveWayWithoutTerminalShowsHelp) {
-    // Test runs have no terminal on their standard streams, so the interactive front end
-    // explains the stub instead of asking.
-    for (const auto& tokens : std::vector<std::vector<std::u16string>>{
-             {}, {u"-key", u"k"}, {u"-target", u"t"}, {u"-source", u"s"}, {u"unknown"}}) {
-        EXPECT_EQ(RunWith(tokens), kHelp);
-        EXPECT_FALSE(ExtractionParameters.consoleMode);
-        EXPECT_NE(ExtractionParameters.sourcePath.find(u"frontend_tests"), std::u16string::npos);
-    }
 }
 
 }  // namespace

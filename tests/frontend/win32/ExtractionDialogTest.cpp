@@ -21,6 +21,7 @@
 #include "frontend/ExtractionParameters.h"
 #include "frontend/InteractiveFrontEnd.h"
 #include "frontend/LocalizedStrings.h"
+#include "frontend/StubEntry.h"
 #include "frontend/resources/DialogControls.h"
 #include "platform/Module.h"
 #include "tests/TestFolder.h"
@@ -282,26 +283,50 @@ TEST_F(ExtractionDialogTest, IdleDialogEndsByCancelCloseAndPrivateMessagesButNot
     }
 }
 
-TEST_F(ExtractionDialogTest, ModalDialogOfTheSelectedLanguage) {
-    // The interactive front end shows the template of the current language and returns when
-    // the dialog is closed.
+// Plays the user of a modal dialog: waits for the next dialog, reads its caption, closes it.
+class DialogCloser {
+public:
+    DialogCloser() {
+        CurrentDialog.store(nullptr);
+        user_ = std::thread([this] {
+            HWND dialog = nullptr;
+            for (int i = 0; i < 6000 && dialog == nullptr; ++i) {
+                Sleep(10);
+                dialog = CurrentDialog.load();
+            }
+            wchar_t text[256] = L"";
+            GetWindowTextW(dialog, text, 256);
+            caption_ = reinterpret_cast<const char16_t*>(text);
+            PostMessageW(dialog, WM_CLOSE, 0, 0);
+        });
+    }
+    // The caption of the dialog it closed.
+    std::u16string Caption() {
+        user_.join();
+        return caption_;
+    }
+
+private:
+    std::thread user_;
+    std::u16string caption_;
+};
+
+TEST_F(ExtractionDialogTest, TheStubWithoutKeyAndTargetShowsTheModalDialogOfItsLanguage) {
+    for (const auto& tokens : std::vector<std::vector<std::u16string>>{
+             {}, {u"-key", u"k"}, {u"-source", u"elsewhere.exe"}}) {
+        ExtractionParameters = CExtractionParameters();
+        CCommandLine line;
+        line.Assign(tokens);
+        DialogCloser user;
+        EXPECT_EQ(RunStub(line), 0);
+        EXPECT_TRUE(user.Caption() == u"Extract archive");
+        EXPECT_FALSE(ExtractionParameters.consoleMode);
+        EXPECT_TRUE(ExtractionParameters.sourcePath == platform::ModulePath());
+    }
     LocalizedStrings.SelectLanguage(u"Deutsch");
-    CurrentDialog.store(nullptr);
-    std::u16string caption;
-    std::thread user([&caption] {
-        HWND dialog = nullptr;
-        for (int i = 0; i < 3000 && dialog == nullptr; ++i) {
-            Sleep(10);
-            dialog = CurrentDialog.load();
-        }
-        wchar_t text[256] = L"";
-        GetWindowTextW(dialog, text, 256);
-        caption = reinterpret_cast<const char16_t*>(text);
-        PostMessageW(dialog, WM_CLOSE, 0, 0);
-    });
+    DialogCloser user;
     RunInteractiveFrontEnd();
-    user.join();
-    EXPECT_TRUE(caption == u"Extrahieren des Archivs ");
+    EXPECT_TRUE(user.Caption() == u"Extrahieren des Archivs ");
 }
 
 // Archives sealed for a recipient whose private key file lies in the test folder.

@@ -7,6 +7,9 @@ build=$(cd "${1:?usage: scripts/dialog-screenshots.sh WINDOWS_BUILD_DIR}" && pwd
 root=$(cd "$(dirname "$0")/.." && pwd)
 export WINEPREFIX=${WINEPREFIX:-$build/wineprefix}
 ninja -C "$build" dialog_screenshots
+# Without a window manager on the virtual display, Wine draws the title bars itself.
+"$root/scripts/wine-run.sh" reg add 'HKCU\Software\Wine\X11 Driver' /v Decorated /d N /f >/dev/null
+wineserver -w
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 (cd "$work" && xvfb-run -a -s "-screen 0 1024x768x24" \

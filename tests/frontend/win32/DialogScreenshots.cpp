@@ -40,7 +40,7 @@ void Pump(DWORD milliseconds) {
     }
 }
 
-// The window with its frame, as it would paint itself, into a top-down 32-bit BMP file.
+// The window with its frame, as the screen shows it, into a top-down 32-bit BMP file.
 bool Capture(HWND window, const std::string& path) {
     RECT frame{};
     GetWindowRect(window, &frame);
@@ -53,7 +53,10 @@ bool Capture(HWND window, const std::string& path) {
     void* bits = nullptr;
     const HBITMAP bitmap = CreateDIBSection(memory, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
     const HGDIOBJ previous = SelectObject(memory, bitmap);
-    const bool painted = bitmap != nullptr && PrintWindow(window, memory, 0);
+    RedrawWindow(window, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    const bool painted = bitmap != nullptr && BitBlt(memory, 0, 0, width, height, screen,
+                                                     frame.left, frame.top, SRCCOPY);
     bool written = false;
     if (painted) {
         const DWORD pixelBytes = static_cast<DWORD>(width * height * 4);

@@ -2,7 +2,7 @@
 # Creating an archive of a folder that holds a compressible file and a random one, by
 # `dcf create` (one thread) against `gzip -6` of the same bytes (no encryption) and
 # `7zz a -tzip -mem=AES256 -mx=5` of the same folder. Prints wall time, throughput and peak
-# resident memory, the median of REPEAT runs each (7zz runs once unless REPEAT_7ZIP says more).
+# resident memory, and the CPU time (user + system, all threads), the median of REPEAT runs each (7zz runs once unless REPEAT_7ZIP says more).
 #
 #   bench/create-vs-gzip-7zip.sh BUILD_DIR WORK_DIR [TEXT_MIB [RANDOM_MIB]]   (default 256 64)
 #
@@ -31,10 +31,11 @@ median() {
     sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'
 }
 
-# Runs the command given as arguments under GNU time; appends "seconds kib" to the file $timing.
+# Runs the command given as arguments under GNU time; appends "seconds kib cpu-seconds" to the
+# file $timing.
 timed() {
-    /usr/bin/time -f '%e %M' -o "$timing.one" "$@"
-    cat "$timing.one" >>"$timing"
+    /usr/bin/time -f '%e %M %U %S' -o "$timing.one" "$@"
+    awk '{ print $1, $2, $3 + $4 }' "$timing.one" >>"$timing"
 }
 
 timing=dcf.times
@@ -66,15 +67,18 @@ done
 row() {
     seconds=$(cut -d' ' -f1 "$2.times" | median)
     kib=$(cut -d' ' -f2 "$2.times" | median)
+    cpu=$(cut -d' ' -f3 "$2.times" | median)
     size=$(stat -c %s "$3")
     dcfSeconds=$(cut -d' ' -f1 dcf.times | median)
+    dcfCpu=$(cut -d' ' -f3 dcf.times | median)
     awk -v name="$1" -v s="$seconds" -v k="$kib" -v t="$total" -v b="$size" -v d="$dcfSeconds" \
-        'BEGIN { printf "| %s | %.2f s | %.0f MiB/s | %.2fx | %.1f MiB | %.1f MiB |\n",
-                 name, s, t / s, s / d, k / 1024, b / 1048576 }'
+        -v c="$cpu" -v dc="$dcfCpu" \
+        'BEGIN { printf "| %s | %.2f s | %.0f MiB/s | %.2fx | %.2f s | %.2fx | %.1f MiB | %.1f MiB |\n",
+                 name, s, t / s, s / d, c, c / dc, k / 1024, b / 1048576 }'
 }
 
-printf '| Program | Wall time | Rate | Time / dcf time | Peak RSS | Output |\n'
-printf '|---|---:|---:|---:|---:|---:|\n'
+printf '| Program | Wall time | Rate | Wall / dcf | CPU time | CPU / dcf | Peak RSS | Output |\n'
+printf '|---|---:|---:|---:|---:|---:|---:|---:|\n'
 row "dcf create" dcf out.dcf
 row "gzip -6" gzip out.gz
 row "7zz a -tzip -mem=AES256 -mx=5" 7zip out.zip

@@ -97,8 +97,8 @@ TEST_F(DcfReaderTest, PreambleIsReadByItsLengthAlone) {
 }
 
 TEST_F(DcfReaderTest, ChunksAtTheReadersBounds) {
-    // 1280·B is the bound before and after decompression: one below is read, a decompressed
-    // chunk of exactly 1280·B is read, one byte more is refused.
+    // 1280·B is the bound before and after decompression: a chunk of one byte less is read,
+    // a decompressed chunk of exactly 1280·B is read, one byte more is refused.
     const std::size_t bound = dcf::kMaxChunkBlocks * 16;
     const Bytes full(bound, 'z');
     {
@@ -110,6 +110,14 @@ TEST_F(DcfReaderTest, ChunksAtTheReadersBounds) {
         builder.Chunk(static_cast<std::uint32_t>(padded.size()), padded);
         ASSERT_EQ(Extract(builder.Image()), FORMAT_OK);
         EXPECT_EQ(ReadFile(Out() / "f"), full);
+    }
+    // A length field at the bound or far above it is refused before anything is read for it.
+    for (const std::uint32_t length : {static_cast<std::uint32_t>(bound), 0xFFFFFFFFu}) {
+        SCOPED_TRACE(length);
+        tests::ImageBuilder builder = OneFileImage({3, 1, 0, 100, kOneFileNames}, {100});
+        builder.StartStream();
+        builder.Chunk(length, Bytes(64, 0));
+        EXPECT_EQ(Extract(builder.Image()), FORMAT_FAILED);
     }
     for (const std::size_t size : {bound, bound + 1}) {
         SCOPED_TRACE(size);

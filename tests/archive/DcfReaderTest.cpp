@@ -328,22 +328,6 @@ TEST_F(DcfReaderTest, FailedWriteToATarget) {
               FORMAT_OUTPUT_WRITE_FAILED);
 }
 
-TEST_F(DcfReaderTest, ChunkLengthAtTheReadersBoundIsRefused) {
-    for (const std::uint32_t length : {1280u * 16, 0xFFFFFFFFu}) {
-        tests::ImageBuilder builder(ImageSettings{});
-        builder.Preamble({});
-        builder.KeyBlock();
-        const Bytes names = dcf::EncodeNameBlock({}, {u"\\f"});
-        builder.FolderHeader({3, 1, 0, 100, names.size()});
-        builder.EndOfHeader();
-        builder.NameBlock({}, {u"\\f"});
-        builder.FileHeader({100, 0, 0});
-        builder.StartStream();
-        builder.Chunk(length, Bytes(64, 0));
-        EXPECT_EQ(Extract(builder.Image()), FORMAT_FAILED);
-    }
-}
-
 TEST_F(DcfReaderTest, HostileNamesAreRefusedBeforeAnythingIsWritten) {
     const std::vector<std::u16string> hostile = {u"f",
                                                  u"\\..\\f",

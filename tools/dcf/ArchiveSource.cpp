@@ -1,5 +1,6 @@
 #include "tools/dcf/ArchiveSource.h"
 
+#include <filesystem>
 #include <iostream>
 
 #include "archive/SfxImage.h"
@@ -66,6 +67,13 @@ ImageSource OpenImage(const std::string& command, const std::string& path) {
         FailWith(command, path + ": cannot be read", kExitIo);
     }
     return source;
+}
+
+std::u16string CanonicalPath(const std::string& argument) {
+    std::error_code error;
+    const std::filesystem::path canonical =
+        std::filesystem::weakly_canonical(std::filesystem::path(PathFromArgument(argument)), error);
+    return error ? PathFromArgument(argument) : canonical.u16string();
 }
 
 void AddKeyOptions(CLI::App& command, KeyOptions& options) {

@@ -24,6 +24,11 @@ struct ImageSource {
 // name, else a plain image from the first byte. Ends the command when the file can't be read.
 ImageSource OpenImage(const std::string& command, const std::string& path);
 
+// The absolute form of a path argument, without "." and ".." and with links resolved as far as
+// it exists, so that the archive and the files under the target are compared in one spelling:
+// an archive that holds its own name must not be written while it is read.
+std::u16string CanonicalPath(const std::string& argument);
+
 struct KeyOptions {
     std::string passwordFile;
     bool passwordStdin = false;

@@ -34,8 +34,8 @@ void RunExtract(const ExtractOptions& options) {
     const std::string command = "extract";
     ImageSource source = OpenImage(command, options.archive);
     ArchiveExtractRequest request;
-    request.sourcePath = PathFromArgument(options.archive);
-    request.targetPath = PathFromArgument(options.directory);
+    request.sourcePath = CanonicalPath(options.archive);
+    request.targetPath = CanonicalPath(options.directory);
     if (!platform::IsDirectory(request.targetPath)) {
         const platform::ErrorCode error = platform::MakeDirectory(request.targetPath);
         if (error != platform::kErrorSuccess) {

@@ -255,6 +255,22 @@ TEST_F(ArchiveCommandsTest, OverwriteModes) {
     }
 }
 
+TEST_F(ArchiveCommandsTest, ArchiveThatHoldsItselfIsReplacedAtTheEnd) {
+    // The archive's own name comes out of it. The paths name it in other forms than the
+    // target does, and still no byte of it may be written while it is read: it is larger than
+    // what the reader holds in its buffer.
+    const Bytes large = tests::Noise(600'000, 8);
+    const Bytes image = tests::BuildImage(
+        tests::ImageSettings{}, {}, {{u"\\next", Bytes(9, 'n'), {}}, {u"\\self.dcf", large, {}}});
+    WriteAll(Path("self.dcf"), image);
+    fs::create_directory(Path("sub"));
+    const Outcome outcome =
+        Dcf("extract sub/../self.dcf -C . --overwrite replace" + WithPassword());
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(ReadAll(Path("self.dcf")), std::string(large.begin(), large.end()));
+    EXPECT_EQ(ReadAll(Path("next")), std::string(9, 'n'));
+}
+
 // A private key made by dcf keygen once for the suite: it takes a while.
 class ArchiveKeyCommandTest : public ArchiveCommandsTest {
 protected:

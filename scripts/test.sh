@@ -20,16 +20,14 @@ scripts/build.sh asan
 ctest --test-dir build-asan --output-on-failure -j "$jobs"
 
 step "ThreadSanitizer (concurrency tests)"
-tsan_tests=$(grep -ho 'dcf_test([a-z_]*' tests/Common/Common/CMakeLists.txt | sed 's/dcf_test(//' |
-             grep -E '^locks' || true)
-if [[ -n "$tsan_tests" ]]; then
-    scripts/build.sh tsan $tsan_tests
-    ctest --test-dir build-tsan --output-on-failure -R "^($(echo $tsan_tests | tr ' ' '|'))\$"
-fi
+tsan_tests=(locks_tests paths_tests crypto_random_tests)
+scripts/build.sh tsan "${tsan_tests[@]}"
+ctest --test-dir build-tsan --output-on-failure -j "$jobs" -R "^($(IFS='|'; echo "${tsan_tests[*]}"))\$"
 
 step "Windows x86_64 build and tests under Wine"
 scripts/build.sh win64
-ctest --test-dir build-win64 --output-on-failure
+ctest --test-dir build-win64 --output-on-failure -j "$jobs"
+tests/e2e/stub-end-to-end.sh build/tools/dcf/dcf build-win64/frontend/Vomdrel.exe scripts/wine-run.sh
 
 step "Windows i686 build (compile and link)"
 scripts/build.sh win32

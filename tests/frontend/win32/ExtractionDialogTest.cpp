@@ -16,7 +16,6 @@
 #include "archive/SfxTrailer.h"
 #include "crypto/KeyGeneration.h"
 #include "crypto/Rsa.h"
-#include "frontend/ExtractionChoices.h"
 #include "frontend/ExtractionDriver.h"
 #include "frontend/ExtractionParameters.h"
 #include "frontend/InteractiveFrontEnd.h"
@@ -48,20 +47,22 @@ protected:
     }
     void TearDown() override { ExtractionParameters = CExtractionParameters(); }
 
-    // Where the dialog extracts to when the target field holds the test folder.
-    std::u16string Target() const {
-        return ArchiveTargetFolder(folder_.Root(), platform::ModulePath());
-    }
+    // Where the dialog extracts to when the target field holds the test folder, which has no
+    // final separator: a folder named after the running program, without its ".exe".
+    std::u16string Target() const { return folder_.Root() + u"\\frontend_tests\\"; }
 
     // A stub's worth of bytes, the image and the trailer, as the dialog's source.
     void WriteArchive(const std::vector<EntrySpec>& entries,
                       const tests::ImageSettings& settings = {}) const {
         const Bytes image = tests::BuildImage(settings, {}, entries);
-        Bytes file(4096, 'M');
-        file.insert(file.end(), image.begin(), image.end());
         const SfxTrailerBytes trailer = BuildSfxTrailer(image.size());
-        file.insert(file.end(), trailer.begin(), trailer.end());
-        WriteFile(ExtractionParameters.sourcePath, file);
+        std::ofstream file(fs::path(ExtractionParameters.sourcePath), std::ios::binary);
+        const std::string stub(4096, 'M');
+        file.write(stub.data(), static_cast<std::streamsize>(stub.size()));
+        file.write(reinterpret_cast<const char*>(image.data()),
+                   static_cast<std::streamsize>(image.size()));
+        file.write(reinterpret_cast<const char*>(trailer.data()),
+                   static_cast<std::streamsize>(trailer.size()));
     }
 
     static void WriteFile(const std::u16string& path, const Bytes& content) {

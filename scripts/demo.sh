@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# The built-in example: a generated folder packed by dcf create into a self-extracting file and
+# The built-in example: the folder examples/reports packed by dcf create into a self-extracting file and
 # into a plain password archive, then unpacked by the stub and by dcf extract.
 # Usage: scripts/demo.sh BUILD_DIR
 set -euo pipefail
-build=${1:?usage: scripts/demo.sh BUILD_DIR}
+build=$(realpath "${1:?usage: scripts/demo.sh BUILD_DIR}")
+examples=$(cd "$(dirname "$0")/../examples" && pwd)
 stub="$build/frontend/Vomdrel"
 dcf="$build/tools/dcf/dcf"
 work=$(mktemp -d)
@@ -22,34 +23,35 @@ say "A key pair for the recipient (dcf keygen)"
 "$dcf" keygen --name "Demo Recipient" --out demo
 head -c 64 demo.pubkey; echo "..."
 
-say "A folder to send"
-mkdir -p src/reports/2021 src/reports/2022 src/reports/drafts
-for quarter in 1 2 3 4; do
-    seq -f "2021 Q$quarter line %g: revenue, costs, margin" 1 2000 >"src/reports/2021/q$quarter.txt"
-done
-printf 'Summary of 2022\n' >src/reports/2022/summary.txt
-head -c 100000 /dev/urandom >src/reports/2022/scan.bin
-printf 'Grüße aus Zürich\n' >"src/reports/2022/Grüße.txt"
-: >src/reports/2022/empty.txt
-cat >categories.json <<'JSON'
-{
-  "reports/2021/q4.txt": [{"id": "5d6e7f80-1a2b-4c3d-9e8f-0a1b2c3d4e5f", "name": "Finance",
-                           "priority": 2, "hasPriority": true}],
-  "reports/2022/scan.bin": [{"id": "0f1e2d3c-4b5a-4968-8776-a5b4c3d2e1f0", "name": "Personal"}]
-}
-JSON
+say "The folder to send (examples/reports) and its categories (examples/categories.json)"
+cp -r "$examples/reports" .
+mkdir -p src && mv reports src/
 tree_of src
+cat "$examples/categories.json"
 printf 'demo-password\n' >password
 
 say "A self-extracting file for the recipient, also openable with the password (dcf create --sfx)"
 "$dcf" create --sfx --stub "$stub" --recipient demo.pubkey --password-file password \
-    --categories categories.json parcel src/reports
+    --categories "$examples/categories.json" parcel src/reports
 "$dcf" info parcel.exe
 
 say "The recipient runs it with the private key (parcel.exe -key demo.privkey -target out-sfx)"
 ./parcel.exe -key demo.privkey -target out-sfx | tr -d '\r'
 tree_of out-sfx
 diff -r src out-sfx && echo "identical to the source"
+
+say "The category identifiers in each extracted file's tag stream (extended attribute user.ZelTag5)"
+# Each record is an identifier of 16 bytes, its first three groups little-endian.
+(cd out-sfx && find . -type f | sort | while read -r file; do
+    ids=$( (getfattr --only-values -n user.ZelTag5 "$file" 2>/dev/null || true) | od -An -tx1 -v | tr -d ' \n')
+    printf '  %-28s' "$file"
+    [[ -z "$ids" ]] && { echo " (no tag stream)"; continue; }
+    while [[ -n "$ids" ]]; do
+        g=${ids:0:32}; ids=${ids:32}
+        printf ' %s' "${g:6:2}${g:4:2}${g:2:2}${g:0:2}-${g:10:2}${g:8:2}-${g:14:2}${g:12:2}-${g:16:4}-${g:20:12}"
+    done
+    echo
+done)
 
 say "A plain archive with a password only (dcf create), listed and extracted (dcf extract)"
 "$dcf" create --password-file password archive src/reports

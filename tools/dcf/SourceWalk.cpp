@@ -30,6 +30,11 @@ public:
         : command_(command), quiet_(quiet), listing_(listing) {}
 
     void Add(const fs::path& path) {
+        if (platform::kPathSeparator != u'\\' &&
+            path.filename().u16string().find(u'\\') != std::u16string::npos) {
+            Note(path, "a backslash separates names in an archive, left out");
+            return;
+        }
         std::error_code error;
         const fs::file_status link = fs::symlink_status(path, error);
         if (error) {

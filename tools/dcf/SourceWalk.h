@@ -20,9 +20,10 @@ struct SourceListing {
 };
 
 // Lists `paths` (files or folders, walked recursively, in name order) for `command`. All paths
-// must lie in one folder, which becomes the common root. Links to folders are not followed and
-// what is neither a file nor a folder is left out, each with a line on standard error unless
-// `quiet`. Ends the command for a path that does not exist or can't be walked.
+// must lie in one folder, which becomes the common root. Links to folders are not followed;
+// what is neither a file nor a folder, and a name with a backslash, are left out, each with a line
+// on standard error unless `quiet`. Ends the command for a path that does not exist or can't be
+// walked.
 SourceListing ListSources(const std::string& command, const std::vector<std::string>& paths,
                           bool quiet);
 

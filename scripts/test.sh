@@ -26,7 +26,7 @@ ctest --test-dir build-tsan --output-on-failure -j "$jobs" -R "^($(IFS='|'; echo
 
 step "Windows x86_64 build and tests under Wine"
 scripts/build.sh win64
-ctest --test-dir build-win64 --output-on-failure -j "$jobs"
+xvfb-run -a ctest --test-dir build-win64 --output-on-failure -j "$jobs"  # the dialog needs a display
 tests/e2e/stub-end-to-end.sh build/tools/dcf/dcf build-win64/frontend/Vomdrel.exe scripts/wine-run.sh
 
 step "Windows i686 build (compile and link)"

@@ -41,19 +41,19 @@ bool WaitForInput(unsigned seen) {
     }
 }
 
-// Switches terminal echo off for its lifetime.
+// Switches terminal echo off for its lifetime. Input typed ahead is kept, not flushed.
 class EchoOff {
 public:
     EchoOff() {
         if (::tcgetattr(STDIN_FILENO, &saved_) == 0) {
             termios quiet = saved_;
             quiet.c_lflag &= static_cast<tcflag_t>(~ECHO);
-            active_ = ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet) == 0;
+            active_ = ::tcsetattr(STDIN_FILENO, TCSANOW, &quiet) == 0;
         }
     }
     ~EchoOff() {
         if (active_) {
-            ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved_);
+            ::tcsetattr(STDIN_FILENO, TCSANOW, &saved_);
             const char newline = '\n';
             [[maybe_unused]] const ssize_t n = ::write(STDOUT_FILENO, &newline, 1);
         }
@@ -78,7 +78,8 @@ bool ReadTerminalLine(std::string& line, bool echo) {
     if (!echo) {
         quiet.emplace();
     }
-    const unsigned seen = interrupts.load();
+    // Presses not yet taken count too: Ctrl-C between a prompt and this read ends it as well.
+    const unsigned seen = interruptsTaken.load();
     for (;;) {
         if (!WaitForInput(seen)) {
             return false;  // Ctrl-C: the caller takes the interrupt

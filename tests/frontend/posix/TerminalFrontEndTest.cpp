@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "archive/SfxTrailer.h"
@@ -105,18 +107,38 @@ public:
         ASSERT_EQ(write(master_, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
     }
 
+    // Waits until the program has switched echo off, so a password typed now is not shown.
+    bool WaitForEchoOff() {
+        const auto deadline = std::chrono::steady_clock::now() + kPatience;
+        termios settings{};
+        while (tcgetattr(master_, &settings) == 0 && (settings.c_lflag & ECHO) != 0) {
+            if (std::chrono::steady_clock::now() > deadline) {
+                return false;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        return true;
+    }
+
     void PressCtrlC() { ASSERT_EQ(write(master_, "\x03", 1), 1); }
 
-    // Waits for the end of the program and gives its exit status, -1 when it did not exit.
+    // Waits for the end of the program and gives its exit status, -1 when it did not exit in
+    // time (it is killed then).
     int ExitStatus() {
-        while (ReadSome(static_cast<int>(kPatience.count() * 1000))) {
-        }
+        const auto deadline = std::chrono::steady_clock::now() + kPatience;
         int status = 0;
-        if (waitpid(child_, &status, 0) != child_ || !WIFEXITED(status)) {
+        pid_t ended = 0;
+        while ((ended = waitpid(child_, &status, WNOHANG)) == 0 &&
+               std::chrono::steady_clock::now() < deadline) {
+            ReadSome(10);
+        }
+        while (ReadSome(10)) {
+        }
+        if (ended != child_) {
             return -1;
         }
         exited_ = true;
-        return WEXITSTATUS(status);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
     const std::string& Output() const { return output_; }
@@ -164,6 +186,7 @@ protected:
         session.Type(key);
         if (key.empty()) {
             ASSERT_TRUE(session.WaitFor("Password: ")) << session.Output();
+            ASSERT_TRUE(session.WaitForEchoOff());
             session.Type(password);
         }
     }

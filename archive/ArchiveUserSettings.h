@@ -16,7 +16,8 @@ using FileExistsCallback = OverwriteMode (*)(const std::u16string* path, bool* f
 using ArchiveExistsCallback = OverwriteMode (*)(const std::u16string* path, void* context);
 using ArchivePathCheckCallback = FormatResult (*)(const std::u16string* path,
                                                   std::u16string* otherFolder, void* context);
-using FileOpeningCallback = void (*)(const std::u16string* path, void* context);
+// What the callback leaves in `path` is the path that is opened.
+using FileOpeningCallback = void (*)(std::u16string* path, void* context);
 using FileWritingCallback = void (*)(const std::u16string* path, bool skipped, void* context);
 // The slots that this system neither sets nor calls.
 using UnusedCallback = void (*)();

@@ -98,6 +98,28 @@ TEST_F(DcfWriterTest, ProgressRisesToTheWholeAndStopsShortForAnUnopenedFile) {
     ExpectExtractedTree();
 }
 
+TEST_F(DcfWriterTest, TheSourceIsThePathThatOnFileOpeningLeaves) {
+    AddFile("shown.txt", Text(5000, 0));
+    AddFile("kept.txt", Text(100, 4));
+    // The replacement lies outside the tree; the entry keeps its name and measured size, so a
+    // longer replacement is cut and a shorter one would read as zeros behind its end.
+    const fs::path replacement = folder_.Native() / "replacement.bin";
+    const Bytes other = Noise(6000, 11);
+    {
+        std::ofstream out(replacement, std::ios::binary);
+        out.write(reinterpret_cast<const char*>(other.data()),
+                  static_cast<std::streamsize>(other.size()));
+    }
+    redirectOpening["shown.txt"] = replacement;
+    ASSERT_EQ(Write(), FORMAT_OK);
+    EXPECT_EQ(opened, (std::vector<fs::path>{"replacement.bin", "kept.txt"}));
+    EXPECT_EQ(done, opened);  // onFileDone hears the path that was opened
+
+    ASSERT_EQ(Extract(u"secret"), FORMAT_OK);
+    EXPECT_EQ(ReadBytes(Out() / "data" / "shown.txt"), Bytes(other.begin(), other.begin() + 5000));
+    EXPECT_EQ(ReadBytes(Out() / "data" / "kept.txt"), Text(100, 4));
+}
+
 TEST_F(DcfWriterTest, CategoriesGoToTheirEntriesAndMergedIntoThePreamble) {
     ArchiveWriteItem& first = AddFile("a.doc", Text(10, 0));
     first.hasCategories = true;

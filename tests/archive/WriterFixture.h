@@ -142,10 +142,15 @@ protected:
         return self.archiveAnswer;
     }
 
-    // Each source file as it is opened and as it is done, by its name; the cancel flag is set
-    // once `cancelAfterFiles` files are done.
-    static void OnFileOpening(const std::u16string* path, void* context) {
-        static_cast<WriterFixture*>(context)->opened.push_back(fs::path(*path).filename());
+    // Each source file as it is opened (after `redirectOpening` replaced its path) and as it is
+    // done, by its name; the cancel flag is set once `cancelAfterFiles` files are done.
+    static void OnFileOpening(std::u16string* path, void* context) {
+        auto& self = *static_cast<WriterFixture*>(context);
+        if (const auto other = self.redirectOpening.find(fs::path(*path).filename());
+            other != self.redirectOpening.end()) {
+            *path = other->second.u16string();
+        }
+        self.opened.push_back(fs::path(*path).filename());
     }
     static void OnFileDone(const std::u16string* path, void* context) {
         auto& self = *static_cast<WriterFixture*>(context);
@@ -166,6 +171,7 @@ protected:
     std::set<fs::path> listedFolders_;
     OverwriteMode archiveAnswer = OVERWRITE_REPLACE;
     std::vector<std::string> askedAbout;
+    std::map<fs::path, fs::path> redirectOpening;
     std::vector<fs::path> opened;
     std::vector<fs::path> done;
     int cancelAfterFiles = -1;

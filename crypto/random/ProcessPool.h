@@ -13,4 +13,8 @@ using SourcesFactory = std::unique_ptr<platform::EntropySources> (*)();
 // the hooks are installed; a null result counts as a failed start.
 void StartPool(SourcesFactory openSources);
 
+// The sources that RandomStart opens from now on; null gives back the system's. A factory that
+// gives nothing makes every start fail, as a system without the needed resources would.
+void SetStartSources(SourcesFactory openSources);
+
 }  // namespace crypto::random

@@ -18,6 +18,8 @@ using random::PoolState;
 
 constexpr auto kPollInterval = std::chrono::milliseconds(250);
 
+std::atomic<random::SourcesFactory> startSources{platform::OpenEntropySources};
+
 // Everything but the filters and the carried positions lives from start to stop. The lock is
 // recursive like a critical section: a hook called on the writing thread while that thread holds
 // the lock must not deadlock.
@@ -107,10 +109,14 @@ void StartPool(SourcesFactory openSources) {
     }
 }
 
+void SetStartSources(SourcesFactory openSources) {
+    startSources.store(openSources != nullptr ? openSources : platform::OpenEntropySources);
+}
+
 }  // namespace random
 
 void RandomStart() {
-    random::StartPool(platform::OpenEntropySources);
+    random::StartPool(startSources.load());
 }
 
 void RandomStop() {

@@ -5,6 +5,7 @@
 #include "archive/ArchivePathSettling.h"
 #include "archive/DcfWriter.h"
 #include "archive/FileFormatSFX.h"
+#include "crypto/random/ProcessPool.h"
 #include "tests/archive/WriterFixture.h"
 
 namespace tests {
@@ -195,6 +196,39 @@ TEST_F(WriteArchiveOutcomesTest, FailuresAfterTheDeleteLeaveNeitherArchiveNorTem
         EXPECT_EQ(Write(), FORMAT_SOURCE_OPEN_FAILED);
         EXPECT_TRUE(LeftInFolder().empty());
     }
+}
+
+// While it lives, every start of the random pool fails.
+class FailingPoolStarts {
+public:
+    FailingPoolStarts() { crypto::random::SetStartSources(NoSources); }
+    ~FailingPoolStarts() { crypto::random::SetStartSources(nullptr); }
+    FailingPoolStarts(const FailingPoolStarts&) = delete;
+    FailingPoolStarts& operator=(const FailingPoolStarts&) = delete;
+
+private:
+    static std::unique_ptr<platform::EntropySources> NoSources() { return nullptr; }
+};
+
+TEST_F(WriteArchiveOutcomesTest, RandomPoolThatFailsToStartEndsTheWriteBeforeAnyData) {
+    OldArchive();
+    opened.clear();
+    {
+        const FailingPoolStarts failing;
+        // The key block needs the pool with a password; without one the password needs it first.
+        EXPECT_EQ(Write(), FORMAT_OUTPUT_WRITE_FAILED);
+        EXPECT_TRUE(LeftInFolder().empty());
+        request_.password.clear();
+        request_.passwordGiven = false;
+        EXPECT_EQ(Write(), FORMAT_OUTPUT_WRITE_FAILED);
+        EXPECT_TRUE(LeftInFolder().empty());
+        EXPECT_TRUE(opened.empty());
+    }
+    // A failed start leaves nothing behind that keeps the next one from working.
+    request_.password = u"secret";
+    request_.passwordGiven = true;
+    EXPECT_EQ(Write(), FORMAT_OK);
+    EXPECT_EQ(Extract(u"secret"), FORMAT_OK);
 }
 
 TEST_F(WriteArchiveOutcomesTest, FailedWritesOfTheHeadersAreTheirsAndCloseTheStream) {

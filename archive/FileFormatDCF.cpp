@@ -1,10 +1,8 @@
 #include "archive/FileFormatDCF.h"
 
-#include <new>
-
 #include "archive/ArchiveExtractRequest.h"
 #include "archive/ArchivePathSettling.h"
-#include "archive/ArchiveReplacement.h"
+#include "archive/ArchiveWriteFrame.h"
 #include "archive/DcfReader.h"
 #include "archive/DcfWriter.h"
 #include "platform/File.h"
@@ -37,23 +35,15 @@ int DCCFileFormatDCF::GetFormatId() {
 
 FormatResult DCCFileFormatDCF::WriteArchive(ArchiveWriteRequest* request,
                                             DCCArchiveUserSettings* settings) {
-    try {
-        bool skip = false;
-        const FormatResult prepared = PrepareArchivePath(*this, request, settings, skip);
-        if (prepared != FORMAT_OK || skip) {
-            return prepared;
-        }
-        ArchiveTempFile temp;
-        platform::File stream;
-        if (!temp.Reserve(FolderOfPath(request->archiveName)) ||
-            stream.Open(temp.Path(), platform::OpenMode::CreateNew) != platform::kErrorSuccess) {
-            return FORMAT_FAILED;
-        }
-        const FormatResult written = WriteArchiveBody(stream, *request, *settings);
-        return written == FORMAT_OK ? temp.MoveTo(request->archiveName) : written;
-    } catch (const std::bad_alloc&) {
-        return FORMAT_FAILED;  // the temporary file is gone with its holder
-    }
+    return WriteThroughTemporaryFile(
+        *this, request, settings, [&](const std::u16string& temporaryPath) {
+            platform::File stream;
+            if (stream.Open(temporaryPath, platform::OpenMode::CreateNew) !=
+                platform::kErrorSuccess) {
+                return FORMAT_FAILED;
+            }
+            return WriteArchiveBody(stream, *request, *settings);
+        });
 }
 
 FormatResult DCCFileFormatDCF::ExtractArchive(ArchiveExtractRequest* request,

@@ -1,10 +1,8 @@
 #include "archive/FileFormatSFX.h"
 
-#include <new>
-
 #include "archive/ArchiveExtractRequest.h"
 #include "archive/ArchivePathSettling.h"
-#include "archive/ArchiveReplacement.h"
+#include "archive/ArchiveWriteFrame.h"
 #include "archive/DcfReader.h"
 #include "archive/DcfWriter.h"
 #include "archive/SfxImage.h"
@@ -56,38 +54,29 @@ int DCCFileFormatSFX::GetFormatId() {
 
 FormatResult DCCFileFormatSFX::WriteArchive(ArchiveWriteRequest* request,
                                             DCCArchiveUserSettings* settings) {
-    try {
-        bool skip = false;
-        const FormatResult prepared = PrepareArchivePath(*this, request, settings, skip);
-        if (prepared != FORMAT_OK || skip) {
-            return prepared;
-        }
-        ArchiveTempFile temp;
-        if (!temp.Reserve(FolderOfPath(request->archiveName))) {
-            return FORMAT_FAILED;
-        }
-        if (platform::CopyFileReplacing(stubPath, temp.Path()) != platform::kErrorSuccess) {
-            return FORMAT_STUB_COPY_FAILED;
-        }
-        const std::uint64_t stubSize = GetFileSizeOf(temp.Path());
-        platform::File stream;
-        if (stream.Open(temp.Path(), platform::OpenMode::Append) != platform::kErrorSuccess) {
-            return FORMAT_FAILED;
-        }
-        const FormatResult written = WriteArchiveBody(stream, *request, *settings);
-        if (written != FORMAT_OK) {
-            return written;
-        }
-        const SfxTrailerBytes trailer = BuildSfxTrailer(GetFileSizeOf(temp.Path()) - stubSize);
-        if (stream.Open(temp.Path(), platform::OpenMode::Append) != platform::kErrorSuccess ||
-            stream.Write(trailer.data(), trailer.size()) != platform::kErrorSuccess) {
-            return FORMAT_OUTPUT_WRITE_FAILED;
-        }
-        stream.Close();
-        return temp.MoveTo(request->archiveName);
-    } catch (const std::bad_alloc&) {
-        return FORMAT_FAILED;  // the temporary file is gone with its holder
-    }
+    return WriteThroughTemporaryFile(
+        *this, request, settings, [&](const std::u16string& temporaryPath) {
+            if (platform::CopyFileReplacing(stubPath, temporaryPath) != platform::kErrorSuccess) {
+                return FORMAT_STUB_COPY_FAILED;
+            }
+            const std::uint64_t stubSize = GetFileSizeOf(temporaryPath);
+            platform::File stream;
+            if (stream.Open(temporaryPath, platform::OpenMode::Append) != platform::kErrorSuccess) {
+                return FORMAT_FAILED;
+            }
+            const FormatResult written = WriteArchiveBody(stream, *request, *settings);
+            if (written != FORMAT_OK) {
+                return written;
+            }
+            const SfxTrailerBytes trailer =
+                BuildSfxTrailer(GetFileSizeOf(temporaryPath) - stubSize);
+            if (stream.Open(temporaryPath, platform::OpenMode::Append) != platform::kErrorSuccess ||
+                stream.Write(trailer.data(), trailer.size()) != platform::kErrorSuccess) {
+                return FORMAT_OUTPUT_WRITE_FAILED;
+            }
+            stream.Close();
+            return FORMAT_OK;
+        });
 }
 
 FormatResult DCCFileFormatSFX::ExtractArchive(ArchiveExtractRequest* request,

@@ -91,7 +91,7 @@ FormatResult DataStreamReader::ReadDataStream(BufferedWriter* target, std::uint6
             return FORMAT_FAILED;
         }
         std::size_t produced = 0;
-        if (!inflater_.Inflate({input_.data(), compressed}, output_, produced)) {
+        if (!inflater_.Run({input_.data(), compressed}, output_, produced)) {
             return FORMAT_FAILED;
         }
         const auto piece =

@@ -8,7 +8,7 @@
 
 #include "archive/ArchiveUserSettings.h"
 #include "archive/BufferedIo.h"
-#include "archive/ChunkInflater.h"
+#include "archive/ChunkCodec.h"
 #include "archive/KeyContext.h"
 #include "archive/ResultCodes.h"
 #include "crypto/ChunkChain.h"
@@ -47,5 +47,5 @@ private:
     std::optional<crypto::ChunkChain> chain_;
     std::vector<std::uint8_t> input_;
     std::vector<std::uint8_t> output_;
-    ChunkInflater inflater_;
+    ChunkCodec inflater_{ChunkCodec::Direction::Inflate};
 };

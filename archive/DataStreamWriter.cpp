@@ -9,25 +9,35 @@ namespace {
 
 // Source bytes read with one call: many pieces at a time.
 constexpr std::size_t kSourceReadSize = 256 * 1024;
+// Pieces deflated together: enough to share among a few workers, few enough to keep the
+// buffers small (about 400 KiB with 16-byte blocks).
+constexpr std::size_t kBatchPieces = 64;
 
 }  // namespace
 
 DataStreamWriter::DataStreamWriter(BufferedWriter& target, const KeyContext& keys,
-                                   const DCCArchiveUserSettings& settings, std::uint64_t total)
-    : target_(target), keys_(keys), settings_(settings), total_(total) {}
+                                   const DCCArchiveUserSettings& settings, std::uint64_t total,
+                                   unsigned workers)
+    : target_(target),
+      keys_(keys),
+      settings_(settings),
+      total_(total),
+      deflaters_(ChunkCodec::Direction::Deflate, workers) {}
 
 bool DataStreamWriter::Prepare() {
     if (!chain_) {
         chain_ = crypto::ChunkChain::Create(keys_.SuiteId, keys_.KeySchedule, keys_.IvArea);
-        if (!chain_ || !deflater_.Ready()) {
+        if (!chain_ || !deflaters_.Ready()) {
             chain_.reset();
             return false;
         }
-        const std::size_t pieceSize = dcf::PieceSize(chain_->BlockSize());
-        sourceBuffer_.resize(std::max(kSourceReadSize, pieceSize));
-        piece_.resize(pieceSize);
-        // The length block, 2·P compressed bytes and the block they may gain.
-        chunk_.resize(chain_->BlockSize() + 2 * pieceSize + chain_->BlockSize());
+        const std::size_t blockSize = chain_->BlockSize();
+        pieceSize_ = dcf::PieceSize(blockSize);
+        chunkCapacity_ = blockSize + 2 * pieceSize_ + blockSize;
+        sourceBuffer_.resize(std::max(kSourceReadSize, pieceSize_));
+        pieces_.resize(kBatchPieces * pieceSize_);
+        chunks_.resize(kBatchPieces * chunkCapacity_);
+        slots_.resize(kBatchPieces);
     }
     chain_->Restart();
     sourceBegin_ = 0;
@@ -35,10 +45,18 @@ bool DataStreamWriter::Prepare() {
     return true;
 }
 
-bool DataStreamWriter::ReadPiece(platform::File& source, std::size_t length,
+std::span<std::uint8_t> DataStreamWriter::PieceArea(std::size_t slot) {
+    return {pieces_.data() + slot * pieceSize_, pieceSize_};
+}
+
+std::span<std::uint8_t> DataStreamWriter::ChunkArea(std::size_t slot) {
+    return {chunks_.data() + slot * chunkCapacity_, chunkCapacity_};
+}
+
+bool DataStreamWriter::ReadPiece(platform::File& source, std::span<std::uint8_t> piece,
                                  std::uint64_t remaining) {
     std::size_t filled = 0;
-    while (filled < length) {
+    while (filled < piece.size()) {
         if (sourceBegin_ == sourceEnd_) {
             const auto want =
                 static_cast<std::size_t>(std::min<std::uint64_t>(sourceBuffer_.size(), remaining));
@@ -48,15 +66,15 @@ bool DataStreamWriter::ReadPiece(platform::File& source, std::size_t length,
             }
             if (got == 0) {
                 // The file shrank since it was measured: its entry keeps the measured size.
-                std::fill(piece_.begin() + static_cast<std::ptrdiff_t>(filled),
-                          piece_.begin() + static_cast<std::ptrdiff_t>(length), std::uint8_t{0});
+                std::fill(piece.begin() + static_cast<std::ptrdiff_t>(filled), piece.end(),
+                          std::uint8_t{0});
                 return true;
             }
             sourceBegin_ = 0;
             sourceEnd_ = got;
         }
-        const std::size_t take = std::min(length - filled, sourceEnd_ - sourceBegin_);
-        std::memcpy(piece_.data() + filled, sourceBuffer_.data() + sourceBegin_, take);
+        const std::size_t take = std::min(piece.size() - filled, sourceEnd_ - sourceBegin_);
+        std::memcpy(piece.data() + filled, sourceBuffer_.data() + sourceBegin_, take);
         sourceBegin_ += take;
         filled += take;
         remaining -= take;
@@ -73,6 +91,62 @@ void DataStreamWriter::ReportProgress(std::uint64_t processed) {
                          settings_.Context(CALLBACK_PROGRESS));
 }
 
+FormatResult DataStreamWriter::ReadBatch(Entry& entry, std::size_t& count) {
+    count = 0;
+    while (count < kBatchPieces && entry.next <= entry.wholePieces) {
+        const std::uint64_t i = entry.next++;
+        const std::size_t length = i < entry.wholePieces
+                                       ? pieceSize_
+                                       : static_cast<std::size_t>(entry.size - i * pieceSize_);
+        entry.processed += length;
+        if (i % entry.step == 0) {
+            ReportProgress(entry.processed);
+        }
+        if (length == 0) {
+            break;  // a size at a multiple of the piece has no short last piece
+        }
+        if (!ReadPiece(entry.source, PieceArea(count).first(length), entry.size - i * pieceSize_)) {
+            return FORMAT_SOURCE_OPEN_FAILED;
+        }
+        if (settings_.IsCancelled()) {
+            return FORMAT_CANCELLED;
+        }
+        slots_[count++].length = length;
+    }
+    return FORMAT_OK;
+}
+
+void DataStreamWriter::DeflateBatch(std::size_t count) {
+    const std::size_t blockSize = chain_->BlockSize();
+    deflaters_.ForEach(count, [this, blockSize](ChunkCodec& deflater, std::size_t index) {
+        Slot& slot = slots_[index];
+        slot.deflated =
+            deflater.Run(PieceArea(index).first(slot.length),
+                         ChunkArea(index).subspan(blockSize, 2 * pieceSize_), slot.compressed);
+    });
+}
+
+FormatResult DataStreamWriter::WriteBatch(std::size_t count) {
+    const std::size_t blockSize = chain_->BlockSize();
+    for (std::size_t index = 0; index < count; ++index) {
+        const Slot& slot = slots_[index];
+        if (!slot.deflated) {
+            return FORMAT_FAILED;
+        }
+        const auto stored =
+            static_cast<std::size_t>(dcf::ChunkStoredSize(slot.compressed, blockSize));
+        const std::span<std::uint8_t> chunk = ChunkArea(index).first(stored);
+        std::fill(chunk.begin() + static_cast<std::ptrdiff_t>(blockSize + slot.compressed),
+                  chunk.end(), std::uint8_t{0});
+        dcf::EncodeChunkLength(static_cast<std::uint32_t>(slot.compressed), chunk.first(blockSize));
+        chain_->EncryptBlocks(chunk);
+        if (!target_.Write(chunk)) {
+            return FORMAT_WRITE_FAILED;
+        }
+    }
+    return FORMAT_OK;
+}
+
 FormatResult DataStreamWriter::WriteDataStream(platform::File& source, std::uint64_t size,
                                                std::uint64_t processed) {
     if (size == 0) {
@@ -81,39 +155,18 @@ FormatResult DataStreamWriter::WriteDataStream(platform::File& source, std::uint
     if (!Prepare() || !dcf::PieceCountFits(size, chain_->BlockSize())) {
         return FORMAT_FAILED;
     }
-    const std::size_t blockSize = chain_->BlockSize();
-    const std::size_t pieceSize = piece_.size();
-    const std::uint64_t wholePieces = size / pieceSize;
-    const std::uint64_t step = wholePieces / 100 + 1;
-    const std::span<std::uint8_t> compressedArea(chunk_.data() + blockSize, 2 * pieceSize);
-    for (std::uint64_t i = 0; i <= wholePieces; ++i) {
-        const std::size_t length =
-            i < wholePieces ? pieceSize : static_cast<std::size_t>(size - wholePieces * pieceSize);
-        processed += length;
-        if (i % step == 0) {
-            ReportProgress(processed);
+    const std::uint64_t wholePieces = size / pieceSize_;
+    Entry entry{source, size, wholePieces, wholePieces / 100 + 1, processed};
+    while (entry.next <= entry.wholePieces) {
+        std::size_t count = 0;
+        const FormatResult read = ReadBatch(entry, count);
+        if (read != FORMAT_OK) {
+            return read;
         }
-        if (length == 0) {
-            break;  // a size at a multiple of the piece has no short last piece
-        }
-        if (!ReadPiece(source, length, size - i * pieceSize)) {
-            return FORMAT_SOURCE_OPEN_FAILED;
-        }
-        if (settings_.IsCancelled()) {
-            return FORMAT_CANCELLED;
-        }
-        std::size_t compressed = 0;
-        if (!deflater_.Deflate({piece_.data(), length}, compressedArea, compressed)) {
-            return FORMAT_FAILED;
-        }
-        const auto stored = static_cast<std::size_t>(dcf::ChunkStoredSize(compressed, blockSize));
-        std::fill(chunk_.begin() + static_cast<std::ptrdiff_t>(blockSize + compressed),
-                  chunk_.begin() + static_cast<std::ptrdiff_t>(stored), std::uint8_t{0});
-        dcf::EncodeChunkLength(static_cast<std::uint32_t>(compressed), {chunk_.data(), blockSize});
-        const std::span<std::uint8_t> chunk(chunk_.data(), stored);
-        chain_->EncryptBlocks(chunk);
-        if (!target_.Write(chunk)) {
-            return FORMAT_WRITE_FAILED;
+        DeflateBatch(count);
+        const FormatResult written = WriteBatch(count);
+        if (written != FORMAT_OK) {
+            return written;
         }
     }
     return FORMAT_OK;

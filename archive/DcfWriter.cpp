@@ -237,7 +237,7 @@ FormatResult BodyWriter::Write() {
     if (headers != FORMAT_OK) {
         return headers;
     }
-    DataStreamWriter streams(target_, *keys_, settings_, header_.totalSize);
+    DataStreamWriter streams(target_, *keys_, settings_, header_.totalSize, DefaultCodecWorkers());
     for (FileRecord& record : files_) {
         if (settings_.IsCancelled()) {
             break;

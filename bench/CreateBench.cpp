@@ -1,6 +1,7 @@
 // Writing archives: the fixed cost of sealing a key block (two forced slow polls of the random
 // pool, the key derivation, the RSA slot), and the data stream of a file, compressible or not,
-// piece by piece through deflate and the chunk chain into a discarding target.
+// piece by piece through deflate on one or two workers and the chunk chain into a discarding
+// target.
 #include <benchmark/benchmark.h>
 
 #include <array>
@@ -81,7 +82,8 @@ void DataStream(benchmark::State& state, bool compressible) {
     }
     BufferedWriter target(sink);
     DCCArchiveUserSettings settings;
-    DataStreamWriter writer(target, *keys, settings, size);
+    const auto workers = static_cast<unsigned>(state.range(0));
+    DataStreamWriter writer(target, *keys, settings, size, workers);
     for (auto _ : state) {
         platform::File file;
         file.Open(source, platform::OpenMode::Read);
@@ -91,8 +93,17 @@ void DataStream(benchmark::State& state, bool compressible) {
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * size));
 }
-BENCHMARK_CAPTURE(DataStream, compressible, true)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(DataStream, random, false)->Unit(benchmark::kMillisecond)->UseRealTime();
+// The argument is the number of deflate workers.
+BENCHMARK_CAPTURE(DataStream, compressible, true)
+    ->Arg(1)
+    ->Arg(2)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_CAPTURE(DataStream, random, false)
+    ->Arg(1)
+    ->Arg(2)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace
 

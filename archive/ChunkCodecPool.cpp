@@ -1,0 +1,112 @@
+#include "archive/ChunkCodecPool.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+constexpr unsigned kMaxDefaultWorkers = 4;
+
+}  // namespace
+
+unsigned DefaultCodecWorkers() {
+    return std::clamp(std::thread::hardware_concurrency(), 1u, kMaxDefaultWorkers);
+}
+
+ChunkCodecPool::ChunkCodecPool(ChunkCodec::Direction direction, unsigned workers) {
+    try {
+        codecs_.push_back(std::make_unique<ChunkCodec>(direction));
+        threads_.reserve(workers);
+        for (unsigned i = 1; i < workers; ++i) {
+            codecs_.push_back(std::make_unique<ChunkCodec>(direction));
+            try {
+                threads_.emplace_back(&ChunkCodecPool::WorkerLoop, this, std::ref(*codecs_.back()));
+            } catch (const std::system_error&) {
+                codecs_.pop_back();
+                break;  // fewer threads give the same bytes, only later
+            }
+        }
+    } catch (...) {
+        StopWorkers();
+        throw;
+    }
+}
+
+ChunkCodecPool::~ChunkCodecPool() {
+    StopWorkers();
+}
+
+void ChunkCodecPool::StopWorkers() {
+    {
+        const std::lock_guard lock(mutex_);
+        stopping_ = true;
+    }
+    wake_.notify_all();
+    for (std::thread& thread : threads_) {
+        thread.join();
+    }
+    threads_.clear();
+}
+
+bool ChunkCodecPool::Ready() const {
+    return std::all_of(codecs_.begin(), codecs_.end(),
+                       [](const std::unique_ptr<ChunkCodec>& codec) { return codec->Ready(); });
+}
+
+void ChunkCodecPool::RunShare(ChunkCodec& codec, std::unique_lock<std::mutex>& lock) {
+    while (next_ < count_) {
+        const std::size_t index = next_++;
+        const Job& job = *job_;
+        std::exception_ptr caught;
+        lock.unlock();
+        try {
+            job(codec, index);
+        } catch (...) {
+            caught = std::current_exception();
+        }
+        lock.lock();
+        if (caught) {
+            if (!failure_) {
+                failure_ = caught;
+            }
+            next_ = count_;
+        }
+    }
+}
+
+void ChunkCodecPool::WorkerLoop(ChunkCodec& codec) {
+    std::uint64_t seen = 0;
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        wake_.wait(lock, [&] { return stopping_ || batch_ != seen; });
+        if (stopping_) {
+            return;
+        }
+        seen = batch_;
+        RunShare(codec, lock);
+        if (--busy_ == 0) {
+            done_.notify_one();
+        }
+    }
+}
+
+void ChunkCodecPool::ForEach(std::size_t count, const Job& job) {
+    std::unique_lock lock(mutex_);
+    job_ = &job;
+    count_ = count;
+    next_ = 0;
+    // A single chunk is not worth waking anyone for.
+    if (count > 1 && !threads_.empty()) {
+        busy_ = threads_.size();
+        ++batch_;
+        wake_.notify_all();
+    }
+    RunShare(*codecs_.front(), lock);
+    done_.wait(lock, [&] { return busy_ == 0; });
+    job_ = nullptr;
+    count_ = 0;
+    if (failure_) {
+        std::rethrow_exception(std::exchange(failure_, nullptr));
+    }
+}

@@ -1,9 +1,9 @@
 #include "tools/dcf/ArchiveRun.h"
 
-#include <iostream>
 
 #include "platform/Terminal.h"
 #include "platform/Text.h"
+#include "tools/dcf/ReplaceQuestion.h"
 
 namespace dcf {
 
@@ -47,31 +47,16 @@ OverwriteMode ArchiveRun::OnFileExists(const std::u16string* path, bool*, void* 
         return OVERWRITE_REPLACE;
     }
     run.progress_.Finish();
-    for (;;) {
-        std::cerr << platform::Utf16ToUtf8(*path)
-                  << " exists. Replace it? [y]es, [n]o, [a]ll, [q]uit: " << std::flush;
-        std::string answer;
-        if (!platform::ReadTerminalLine(answer, true)) {
-            return OVERWRITE_CANCEL;
-        }
-        switch (answer.empty() ? '\0' : answer.front()) {
-            case 'y':
-            case 'Y':
-                return OVERWRITE_REPLACE;
-            case 'n':
-            case 'N':
-                return OVERWRITE_SKIP;
-            case 'a':
-            case 'A':
-                run.replaceAll_ = true;
-                return OVERWRITE_REPLACE;
-            case 'q':
-            case 'Q':
-                return OVERWRITE_CANCEL;
-            default:
-                break;
-        }
+    static constexpr ReplaceChoice kChoices[] = {{"yes", OVERWRITE_REPLACE},
+                                                 {"no", OVERWRITE_SKIP},
+                                                 {"all", OVERWRITE_REPLACE},
+                                                 {"quit", OVERWRITE_CANCEL}};
+    const ReplaceChoice* choice = AskReplaceOnTerminal(*path, kChoices);
+    if (choice == nullptr) {
+        return OVERWRITE_CANCEL;
     }
+    run.replaceAll_ = choice == &kChoices[2];
+    return choice->answer;
 }
 
 std::string ArchiveRun::WhereItStopped() const {

@@ -20,6 +20,7 @@
 #include "tools/dcf/ArchiveSource.h"
 #include "tools/dcf/CategoryManifest.h"
 #include "tools/dcf/Commands.h"
+#include "tools/dcf/ReplaceQuestion.h"
 #include "tools/dcf/SourceWalk.h"
 #include "tools/dcf/ToolOutput.h"
 
@@ -139,37 +140,14 @@ OverwriteMode AnswerOfOption(const std::u16string*, void* context) {
     return answer.given;
 }
 
-OverwriteMode AskOnTerminal(const std::u16string& path) {
-    for (;;) {
-        std::cerr << platform::Utf16ToUtf8(path)
-                  << " exists. Replace it? [y]es, [n]o, [r]ename the new one, [q]uit: "
-                  << std::flush;
-        std::string answer;
-        if (!platform::ReadTerminalLine(answer, true)) {
-            return OVERWRITE_CANCEL;
-        }
-        switch (answer.empty() ? '\0' : answer.front()) {
-            case 'y':
-            case 'Y':
-                return OVERWRITE_REPLACE;
-            case 'n':
-            case 'N':
-                return OVERWRITE_SKIP;
-            case 'r':
-            case 'R':
-                return OVERWRITE_NUMBERED;
-            case 'q':
-            case 'Q':
-                return OVERWRITE_CANCEL;
-            default:
-                break;
-        }
-    }
-}
-
 OverwriteMode AskAboutArchive(const std::u16string* path, void* context) {
     auto& answer = *static_cast<ArchiveExistsAnswer*>(context);
-    answer.given = AskOnTerminal(*path);
+    static constexpr ReplaceChoice kChoices[] = {{"yes", OVERWRITE_REPLACE},
+                                                 {"no", OVERWRITE_SKIP},
+                                                 {"rename the new one", OVERWRITE_NUMBERED},
+                                                 {"quit", OVERWRITE_CANCEL}};
+    const ReplaceChoice* choice = AskReplaceOnTerminal(*path, kChoices);
+    answer.given = choice != nullptr ? choice->answer : OVERWRITE_CANCEL;
     return answer.given;
 }
 

@@ -7,8 +7,6 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -16,41 +14,17 @@
 #include "crypto/Rsa.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
+#include "tests/tools/dcf/DcfProgram.h"
 
 namespace {
 
+using namespace dcftest;
 using tests::Bytes;
-namespace fs = std::filesystem;
-
-// Exit codes of dcf, as its help text documents them.
-constexpr int kUsage = 2;
-constexpr int kBadKey = 3;
-constexpr int kDamaged = 4;
-constexpr int kIo = 5;
-constexpr int kCancelled = 6;
-
-std::string ReadAll(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-void WriteAll(const fs::path& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
-}
+using dcftest::WriteAll;  // beside the overload for bytes below
 
 void WriteAll(const fs::path& path, const Bytes& bytes) {
     WriteAll(path, std::string(bytes.begin(), bytes.end()));
 }
-
-std::string Quoted(const fs::path& path) {
-    return "'" + path.string() + "'";
-}
-
-struct Outcome {
-    int code = -1;
-    std::string out;
-    std::string err;
-};
 
 class ArchiveCommandsTest : public ::testing::Test {
 protected:
@@ -69,22 +43,8 @@ protected:
     fs::path PasswordFile() const { return Path("password"); }
     std::string WithPassword() const { return " --password-file " + Quoted(PasswordFile()); }
 
-    // Runs dcf with `arguments` and `input` on standard input; nothing of it is a terminal.
     Outcome Dcf(const std::string& arguments, const std::string& input = "") {
-        WriteAll(Path("stdin"), input);
-        const std::string command = "cd " + Quoted(folder_.Native()) +
-                                    " && \"" DCF_TOOL_PATH "\" " + arguments +
-                                    " <stdin >stdout 2>stderr; echo $? >rc";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        return {std::stoi(ReadAll(Path("rc"))), ReadAll(Path("stdout")), ReadAll(Path("stderr"))};
-    }
-
-    // A failure is told in one line that names the command and the file.
-    static void ExpectOneLine(const Outcome& outcome, const std::string& command,
-                              const std::string& needle) {
-        EXPECT_EQ(outcome.err.rfind("dcf " + command + ": ", 0), 0u) << outcome.err;
-        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-        EXPECT_NE(outcome.err.find(needle), std::string::npos) << outcome.err;
+        return RunDcf(folder_.Native(), arguments, input);
     }
 
     void ExpectExtracted(const fs::path& root) const {
@@ -318,32 +278,50 @@ TEST_F(ArchiveKeyCommandTest, PrivateKeyOpensTheRsaSlot) {
     ExpectOneLine(missing, "list", "nowhere.privkey");
 }
 
-// Runs dcf on a pseudo-terminal through script(1); the line is typed once the prompt shows.
 TEST_F(ArchiveCommandsTest, PasswordIsAskedWithoutEchoOnATerminal) {
-    if (std::system("command -v script >/dev/null 2>&1 && command -v mkfifo >/dev/null 2>&1") !=
-        0) {
+    if (!CanRunOnTerminal()) {
         GTEST_SKIP() << "no script(1) to make a terminal";
     }
-    const std::string run =
-        "cd " + Quoted(folder_.Native()) +
-        " || exit 1\n"
-        "mkfifo typed || exit 1\n"
-        "(script -qfec '\"" DCF_TOOL_PATH
-        "\" list archive.dcf' transcript <typed >/dev/null; echo $? >rc) &\n"
-        "exec 3>typed\n"
-        "i=0\n"
-        "until grep -q 'Password for' transcript 2>/dev/null || [ $i -ge 200 ]; "
-        "do sleep 0.05; i=$((i+1)); done\n"
-        "sleep 0.2\n"
-        "printf 'secret\\n' >&3\n"
-        "exec 3>&-\n"
-        "wait\n";
-    ASSERT_EQ(std::system(run.c_str()), 0);
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), "list archive.dcf", {{"Password for", "secret"}}),
+              0);
     const std::string transcript = ReadAll(Path("transcript"));
-    EXPECT_EQ(std::stoi(ReadAll(Path("rc"))), 0) << transcript;
     EXPECT_NE(transcript.find("Password for archive.dcf: "), std::string::npos) << transcript;
     EXPECT_NE(transcript.find("d/a"), std::string::npos) << transcript;
     EXPECT_EQ(transcript.find("secret"), std::string::npos) << transcript;
+}
+
+TEST_F(ArchiveCommandsTest, FilesInTheWayAreAskedAboutOnATerminal) {
+    if (!CanRunOnTerminal()) {
+        GTEST_SKIP() << "no script(1) to make a terminal";
+    }
+    const auto inTheWay = [&] {
+        WriteAll(Path("out/d/a"), std::string("old a"));
+        WriteAll(Path("out/d/b"), std::string("old b"));
+    };
+    const std::string extract = "extract archive.dcf -C out --overwrite ask" + WithPassword();
+    // "x" is no answer and is asked again; "n" keeps a, "y" replaces b.
+    inTheWay();
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), extract,
+                               {{"Replace it", "x"}, {"Replace it", "n"}, {"Replace it", "Y"}}),
+              0)
+        << ReadAll(Path("transcript"));
+    EXPECT_NE(ReadAll(Path("transcript")).find("exists. Replace it? [y]es, [n]o, [a]ll, [q]uit: "),
+              std::string::npos);
+    EXPECT_EQ(ReadAll(Path("out/d/a")), "old a");
+    EXPECT_EQ(ReadAll(Path("out/d/b")), std::string(20, 'b'));
+
+    // "a" replaces this file and every later one without asking.
+    inTheWay();
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), extract, {{"Replace it", "a"}}), 0);
+    ExpectExtracted(Path("out"));
+    const std::string transcript = ReadAll(Path("transcript"));
+    EXPECT_EQ(transcript.find("Replace it"), transcript.rfind("Replace it")) << transcript;
+
+    // "q" stops at once: the files stay as they were.
+    inTheWay();
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), extract, {{"Replace it", "q"}}), kCancelled);
+    EXPECT_EQ(ReadAll(Path("out/d/a")), "old a");
+    EXPECT_EQ(ReadAll(Path("out/d/b")), "old b");
 }
 
 }  // namespace

@@ -6,37 +6,14 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "tests/TestFolder.h"
+#include "tests/tools/dcf/DcfProgram.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-// Exit codes of dcf, as its help text documents them.
-constexpr int kUsage = 2;
-constexpr int kBadKey = 3;
-constexpr int kIo = 5;
-constexpr int kCancelled = 6;
-
-std::string ReadAll(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-void WriteAll(const fs::path& path, const std::string& text) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
-}
-
-struct Outcome {
-    int code = -1;
-    std::string out;
-    std::string err;
-};
+using namespace dcftest;
 
 class CreateCommandTest : public ::testing::Test {
 protected:
@@ -55,21 +32,8 @@ protected:
 
     fs::path Path(const std::string& name) const { return folder_.Native() / name; }
 
-    // Runs dcf in the test folder with `input` on standard input; nothing of it is a terminal.
     Outcome Dcf(const std::string& arguments, const std::string& input = "") {
-        WriteAll(Path("stdin"), input);
-        const std::string command = "cd '" + folder_.Native().string() +
-                                    "' && \"" DCF_TOOL_PATH "\" " + arguments +
-                                    " <stdin >stdout 2>stderr; echo $? >rc";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        return {std::stoi(ReadAll(Path("rc"))), ReadAll(Path("stdout")), ReadAll(Path("stderr"))};
-    }
-
-    // A failure is told in one line that names the command and what failed.
-    static void ExpectOneLine(const Outcome& outcome, const std::string& needle) {
-        EXPECT_EQ(outcome.err.rfind("dcf create: ", 0), 0u) << outcome.err;
-        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-        EXPECT_NE(outcome.err.find(needle), std::string::npos) << outcome.err;
+        return RunDcf(folder_.Native(), arguments, input);
     }
 
     // The reports tree extracted under `out`, names beginning at "reports".
@@ -128,27 +92,27 @@ TEST_F(CreateCommandTest, ArgumentsThatCannotMakeAnArchiveAreRefusedInOneLine) {
     WriteAll(Path("other/x.txt"), "x");
     const Outcome apart = Dcf("create a data/reports other/x.txt --password-file password");
     EXPECT_EQ(apart.code, kUsage);
-    ExpectOneLine(apart, "one folder");
+    ExpectOneLine(apart, "create", "one folder");
     const Outcome missing = Dcf("create a data/nowhere --password-file password");
     EXPECT_EQ(missing.code, kIo);
-    ExpectOneLine(missing, "data/nowhere");
+    ExpectOneLine(missing, "create", "data/nowhere");
     const Outcome noTerminal = Dcf("create a data/reports");
     EXPECT_EQ(noTerminal.code, kUsage);
-    ExpectOneLine(noTerminal, "--password-file");
+    ExpectOneLine(noTerminal, "create", "--password-file");
     const Outcome nobody = Dcf("create a data/reports --no-password");
     EXPECT_EQ(nobody.code, kUsage);
-    ExpectOneLine(nobody, "--recipient");
+    ExpectOneLine(nobody, "create", "--recipient");
     const Outcome tooLong = Dcf("create a data/reports --password-stdin", std::string(65, 'p'));
     EXPECT_EQ(tooLong.code, kUsage);
-    ExpectOneLine(tooLong, "64 bytes");
+    ExpectOneLine(tooLong, "create", "64 bytes");
     WriteAll(Path("bad.pubkey"), "0123");
     const Outcome badKey = Dcf("create a data/reports --no-password --recipient bad.pubkey");
     EXPECT_EQ(badKey.code, kBadKey);
-    ExpectOneLine(badKey, "not a public key");
+    ExpectOneLine(badKey, "create", "not a public key");
     EXPECT_EQ(Dcf("create a data/reports --password-file password --stub s").code, kUsage);
     const Outcome noStub = Dcf("create a data/reports --password-file password --sfx --stub s");
     EXPECT_EQ(noStub.code, kIo);
-    ExpectOneLine(noStub, "no stub");
+    ExpectOneLine(noStub, "create", "no stub");
     EXPECT_TRUE(Archives().empty());
 }
 
@@ -159,7 +123,7 @@ TEST_F(CreateCommandTest, ExistingArchiveIsHandledAsTheOptionSays) {
     // Without a terminal "ask" can't ask: it stops like "cancel".
     const Outcome asked = Dcf("create a data/reports --password-file password");
     EXPECT_EQ(asked.code, kCancelled);
-    ExpectOneLine(asked, "--overwrite");
+    ExpectOneLine(asked, "create", "--overwrite");
     EXPECT_EQ(Dcf("create a data/reports --password-file password --overwrite cancel").code,
               kCancelled);
     const Outcome skipped = Dcf("create a data/reports --password-file password --overwrite skip");
@@ -236,38 +200,18 @@ TEST_F(CreateCommandTest, ManifestGivesCategoriesToFilesAndThePreamble) {
         const Outcome bad =
             Dcf("create bad data/reports --password-file password --categories bad.json");
         EXPECT_EQ(bad.code, kUsage);
-        ExpectOneLine(bad, needle);
+        ExpectOneLine(bad, "create", needle);
     }
     EXPECT_EQ(Archives(), std::vector<std::string>{"c.dcf"});
 }
 
-// Runs dcf on a pseudo-terminal through script(1), typing `lines` once the prompts show.
 TEST_F(CreateCommandTest, PasswordIsAskedTwiceWithoutEchoOnATerminal) {
-    if (std::system("command -v script >/dev/null 2>&1 && command -v mkfifo >/dev/null 2>&1") !=
-        0) {
+    if (!CanRunOnTerminal()) {
         GTEST_SKIP() << "no script(1) to make a terminal";
     }
     const auto typed = [&](const std::string& archive, const std::string& second) {
-        const std::string run =
-            "cd '" + folder_.Native().string() +
-            "' || exit 1\n"
-            "rm -f typed transcript; mkfifo typed || exit 1\n"
-            "(script -qfec '\"" DCF_TOOL_PATH "\" create " +
-            archive +
-            " data/notes' transcript <typed >/dev/null; echo $? >rc) &\n"
-            "exec 3>typed\n"
-            "wait_for() { i=0; until grep -q \"$1\" transcript 2>/dev/null || [ $i -ge 200 ]; "
-            "do sleep 0.05; i=$((i+1)); done; sleep 0.2; }\n"
-            "wait_for 'Password for'\n"
-            "printf 'typed-secret\\n' >&3\n"
-            "wait_for 'Repeat'\n"
-            "printf '" +
-            second +
-            "\\n' >&3\n"
-            "exec 3>&-\n"
-            "wait\n";
-        EXPECT_EQ(std::system(run.c_str()), 0);
-        return std::stoi(ReadAll(Path("rc")));
+        return RunDcfOnTerminal(folder_.Native(), "create " + archive + " data/notes",
+                                {{"Password for", "typed-secret"}, {"Repeat", second}});
     };
     EXPECT_EQ(typed("t", "typed-secret"), 0) << ReadAll(Path("transcript"));
     const std::string transcript = ReadAll(Path("transcript"));
@@ -278,6 +222,34 @@ TEST_F(CreateCommandTest, PasswordIsAskedTwiceWithoutEchoOnATerminal) {
     EXPECT_EQ(typed("u", "other"), kUsage);
     EXPECT_NE(ReadAll(Path("transcript")).find("the two passwords differ"), std::string::npos);
     EXPECT_FALSE(fs::exists(Path("u.dcf")));
+}
+
+TEST_F(CreateCommandTest, AnExistingArchiveIsAskedAboutOnATerminal) {
+    if (!CanRunOnTerminal()) {
+        GTEST_SKIP() << "no script(1) to make a terminal";
+    }
+    WriteAll(Path("old.dcf"), "old bytes");
+    const std::string create = "create old data/notes --password-file password";
+    const std::string question =
+        "old.dcf exists. Replace it? [y]es, [n]o, [r]ename the new one, [q]uit: ";
+    // An answer that is none of the letters asks again; "r" writes under the next free number.
+    EXPECT_EQ(
+        RunDcfOnTerminal(folder_.Native(), create, {{"Replace it", "x"}, {"Replace it", "R"}}), 0)
+        << ReadAll(Path("transcript"));
+    EXPECT_NE(ReadAll(Path("transcript")).find(question), std::string::npos)
+        << ReadAll(Path("transcript"));
+    EXPECT_EQ(ReadAll(Path("old.dcf")), "old bytes");
+    ASSERT_EQ(Dcf("extract 'old (1).dcf' -C out --password-file password").code, 0);
+    EXPECT_EQ(ReadAll(Path("out/notes/n.txt")), "a note");
+
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), create, {{"Replace it", "n"}}), 0);
+    EXPECT_EQ(ReadAll(Path("old.dcf")), "old bytes");
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), create, {{"Replace it", "q"}}), kCancelled);
+    EXPECT_EQ(ReadAll(Path("old.dcf")), "old bytes");
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), create, {{"Replace it", "y"}}), 0);
+    ASSERT_EQ(Dcf("extract old.dcf -C replaced --password-file password").code, 0);
+    EXPECT_EQ(ReadAll(Path("replaced/notes/n.txt")), "a note");
+    EXPECT_EQ(Archives(), (std::vector<std::string>{"old (1).dcf", "old.dcf"}));
 }
 
 }  // namespace

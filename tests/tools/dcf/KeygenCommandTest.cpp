@@ -4,22 +4,16 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "crypto/Rsa.h"
 #include "crypto/SecurityKey.h"
 #include "tests/TestFolder.h"
+#include "tests/tools/dcf/DcfProgram.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string ReadAll(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using namespace dcftest;
 
 class KeygenCommandTest : public ::testing::Test {
 protected:

@@ -1,0 +1,73 @@
+#include "tests/tools/dcf/DcfProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <map>
+
+namespace dcftest {
+
+std::string ReadAll(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void WriteAll(const fs::path& path, const std::string& text) {
+    if (path.has_parent_path()) {
+        fs::create_directories(path.parent_path());
+    }
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+}
+
+std::string Quoted(const fs::path& path) {
+    return "'" + path.string() + "'";
+}
+
+Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input) {
+    WriteAll(folder / "stdin", input);
+    const std::string command = "cd " + Quoted(folder) + " && \"" DCF_TOOL_PATH "\" " + arguments +
+                                " <stdin >stdout 2>stderr; echo $? >rc";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    return {std::stoi(ReadAll(folder / "rc")), ReadAll(folder / "stdout"),
+            ReadAll(folder / "stderr")};
+}
+
+void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle) {
+    EXPECT_EQ(outcome.err.rfind("dcf " + command + ": ", 0), 0u) << outcome.err;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+    EXPECT_NE(outcome.err.find(needle), std::string::npos) << outcome.err;
+}
+
+bool CanRunOnTerminal() {
+    return std::system("command -v script >/dev/null 2>&1 && command -v mkfifo >/dev/null 2>&1") ==
+           0;
+}
+
+int RunDcfOnTerminal(const fs::path& folder, const std::string& arguments,
+                     const std::vector<Exchange>& exchanges) {
+    // The shell types into a fifo that script(1) reads as the terminal's keyboard.
+    std::string run = "cd " + Quoted(folder) +
+                      " || exit 1\n"
+                      "rm -f typed transcript rc; mkfifo typed || exit 1\n"
+                      "(script -qfec '\"" DCF_TOOL_PATH "\" " +
+                      arguments +
+                      "' transcript <typed >/dev/null; echo $? >rc) &\n"
+                      "exec 3>typed\n"
+                      "wait_for() { i=0; while n=$(grep -c -- \"$1\" transcript 2>/dev/null); "
+                      "[ \"${n:-0}\" -lt \"$2\" ] && [ $i -lt 200 ]; do sleep 0.05; i=$((i+1)); "
+                      "done; "
+                      "sleep 0.2; }\n";
+    std::map<std::string, int> shown;
+    for (const auto& [prompt, line] : exchanges) {
+        run += "wait_for '" + prompt + "' " + std::to_string(++shown[prompt]) + "\n";
+        run += "printf '%s\\n' '" + line + "' >&3\n";
+    }
+    run += "exec 3>&-\nwait\n";
+    EXPECT_EQ(std::system(run.c_str()), 0);
+    return std::stoi(ReadAll(folder / "rc"));
+}
+
+}  // namespace dcftest

@@ -1,0 +1,51 @@
+#pragma once
+// The dcf tool run as a program from its tests: in a folder, with standard input from a string
+// or typed on a pseudo-terminal, its exit code and output read back.
+
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace dcftest {
+
+namespace fs = std::filesystem;
+
+// Exit codes of dcf, as its help text documents them.
+constexpr int kUsage = 2;
+constexpr int kBadKey = 3;
+constexpr int kDamaged = 4;
+constexpr int kIo = 5;
+constexpr int kCancelled = 6;
+
+std::string ReadAll(const fs::path& path);
+// Writes `text` to `path`, making the folders above it.
+void WriteAll(const fs::path& path, const std::string& text);
+// `path` in single quotes for the shell.
+std::string Quoted(const fs::path& path);
+
+struct Outcome {
+    int code = -1;
+    std::string out;
+    std::string err;
+};
+
+// Runs dcf in `folder` with `arguments` and `input` on standard input; nothing of it is a
+// terminal.
+Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input = "");
+
+// A failure is told in one line that begins with "dcf COMMAND: " and holds `needle`.
+void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle);
+
+// A prompt to wait for and the line typed once it shows.
+using Exchange = std::pair<std::string, std::string>;
+
+// Whether script(1) and mkfifo are there to make a pseudo-terminal.
+bool CanRunOnTerminal();
+// Runs dcf in `folder` on a pseudo-terminal through script(1). Each exchange waits until its
+// prompt has shown once more than before (at most ten seconds), then types its line. Gives the
+// exit code; what the terminal showed is in `folder`/transcript.
+int RunDcfOnTerminal(const fs::path& folder, const std::string& arguments,
+                     const std::vector<Exchange>& exchanges);
+
+}  // namespace dcftest

@@ -1,8 +1,6 @@
 #include "frontend/win32/ExtractionDialog.h"
 
 #include <commctrl.h>
-#include <commdlg.h>
-#include <shlobj.h>
 
 #include <string>
 
@@ -18,6 +16,8 @@
 
 std::atomic<HWND> CurrentDialog{nullptr};
 std::atomic<MessageBoxFunction> DialogMessageBox{MessageBoxW};
+std::atomic<BrowseForFolderFunction> DialogBrowseForFolder{SHBrowseForFolderW};
+std::atomic<OpenFileNameFunction> DialogOpenFileName{GetOpenFileNameW};
 
 namespace {
 
@@ -117,7 +117,7 @@ void OnInitDialog(HWND dialog) {
 
 void BrowseForTarget(HWND dialog) {
     BROWSEINFOW request{};
-    PIDLIST_ABSOLUTE chosen = SHBrowseForFolderW(&request);
+    PIDLIST_ABSOLUTE chosen = DialogBrowseForFolder.load()(&request);
     if (chosen == nullptr) {
         return;
     }
@@ -142,7 +142,7 @@ void BrowseForKey(HWND dialog) {
     request.nMaxFile = kKeyFileCapacity;
     request.lpstrDefExt = L"privkey";
     request.Flags = OFN_FILEMUSTEXIST;
-    if (GetOpenFileNameW(&request)) {
+    if (DialogOpenFileName.load()(&request)) {
         SetDlgItemTextW(dialog, IDC_KEY_PATH, path);  // raises the change notification
     }
 }

@@ -4,6 +4,9 @@
 
 #include <windows.h>
 
+#include <commdlg.h>
+#include <shlobj.h>
+
 #include <atomic>
 
 // Private messages, both without arguments; both end the dialog. The worker sends the second
@@ -18,6 +21,14 @@ extern std::atomic<HWND> CurrentDialog;
 // answer them. MessageBoxW unless replaced.
 using MessageBoxFunction = int(WINAPI*)(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type);
 extern std::atomic<MessageBoxFunction> DialogMessageBox;
+
+// The two system pickers, replaceable in the same way so that a test can choose for the user:
+// SHBrowseForFolderW and GetOpenFileNameW unless replaced. The dialog frees the item list that
+// the folder picker gives through the shell's allocator, so a replacement allocates it there.
+using BrowseForFolderFunction = PIDLIST_ABSOLUTE(WINAPI*)(LPBROWSEINFOW request);
+extern std::atomic<BrowseForFolderFunction> DialogBrowseForFolder;
+using OpenFileNameFunction = BOOL(WINAPI*)(LPOPENFILENAMEW request);
+extern std::atomic<OpenFileNameFunction> DialogOpenFileName;
 
 // Registers the control classes that the templates use; before a dialog is created.
 bool RegisterDialogControls();

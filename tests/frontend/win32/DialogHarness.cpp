@@ -8,6 +8,7 @@ namespace tests {
 namespace {
 
 MessageBoxScript* activeScript = nullptr;
+PickerScript* activePickers = nullptr;
 
 std::u16string Narrowed(LPCWSTR text) {
     return text == nullptr ? std::u16string()
@@ -64,6 +65,50 @@ int WINAPI MessageBoxScript::Show(HWND owner, LPCWSTR text, LPCWSTR caption, UIN
     const int answer = script.answers_.front();
     script.answers_.pop_front();
     return answer;
+}
+
+PickerScript::PickerScript() {
+    activePickers = this;
+    DialogBrowseForFolder.store(BrowseForFolder);
+    DialogOpenFileName.store(OpenFileName);
+}
+
+PickerScript::~PickerScript() {
+    DialogBrowseForFolder.store(SHBrowseForFolderW);
+    DialogOpenFileName.store(GetOpenFileNameW);
+    activePickers = nullptr;
+}
+
+// The chosen folder as the shell's item list, in the shell's allocator as the real picker's.
+PIDLIST_ABSOLUTE WINAPI PickerScript::BrowseForFolder(LPBROWSEINFOW request) {
+    PickerScript& self = *activePickers;
+    ++self.folderCalls_;
+    self.folderRequest_ = {request->hwndOwner, request->ulFlags, request->lpszTitle != nullptr};
+    PIDLIST_ABSOLUTE chosen = nullptr;
+    if (!self.choice_.empty() &&
+        FAILED(SHParseDisplayName(reinterpret_cast<const wchar_t*>(self.choice_.c_str()), nullptr,
+                                  &chosen, 0, nullptr))) {
+        return nullptr;
+    }
+    return chosen;
+}
+
+BOOL WINAPI PickerScript::OpenFileName(LPOPENFILENAMEW request) {
+    PickerScript& self = *activePickers;
+    ++self.fileCalls_;
+    std::u16string filter;
+    for (const wchar_t* part = request->lpstrFilter; part != nullptr && *part != L'\0';
+         part += wcslen(part) + 1) {
+        filter += (filter.empty() ? u"" : u"|") + Narrowed(part);
+    }
+    self.fileRequest_ = {request->hwndOwner, request->Flags, request->nMaxFile, filter,
+                         Narrowed(request->lpstrDefExt)};
+    if (self.choice_.empty() || self.choice_.size() >= request->nMaxFile) {
+        return FALSE;
+    }
+    self.choice_.copy(reinterpret_cast<char16_t*>(request->lpstrFile), self.choice_.size());
+    request->lpstrFile[self.choice_.size()] = L'\0';
+    return TRUE;
 }
 
 bool PumpUntil(const std::function<bool()>& done, DWORD milliseconds) {

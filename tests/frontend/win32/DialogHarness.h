@@ -5,6 +5,9 @@
 
 #include <windows.h>
 
+#include <commdlg.h>
+#include <shlobj.h>
+
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -43,6 +46,46 @@ private:
     std::deque<int> answers_;
     std::function<void()> beforeAnswer_;
     std::vector<RecordedBox> boxes_;
+};
+
+// Takes the place of the user in the folder and key file pickers while it exists. Each picker
+// returns the path of Choose(), or reports a cancelled choice while that path is empty.
+class PickerScript {
+public:
+    PickerScript();
+    ~PickerScript();
+    PickerScript(const PickerScript&) = delete;
+    PickerScript& operator=(const PickerScript&) = delete;
+
+    void Choose(std::u16string path) { choice_ = std::move(path); }
+
+    // What the last call of each picker was given.
+    struct FolderRequest {
+        HWND owner = nullptr;
+        UINT flags = 0;
+        bool titled = false;
+    };
+    struct FileRequest {
+        HWND owner = nullptr;
+        DWORD flags = 0;
+        DWORD capacity = 0;
+        std::u16string filter;  // description and pattern, separated by '|'
+        std::u16string defaultExtension;
+    };
+    int FolderCalls() const { return folderCalls_; }
+    int FileCalls() const { return fileCalls_; }
+    const FolderRequest& LastFolderRequest() const { return folderRequest_; }
+    const FileRequest& LastFileRequest() const { return fileRequest_; }
+
+private:
+    static PIDLIST_ABSOLUTE WINAPI BrowseForFolder(LPBROWSEINFOW request);
+    static BOOL WINAPI OpenFileName(LPOPENFILENAMEW request);
+
+    std::u16string choice_;
+    int folderCalls_ = 0;
+    int fileCalls_ = 0;
+    FolderRequest folderRequest_;
+    FileRequest fileRequest_;
 };
 
 // Processes the test thread's messages until `done` holds; false when time ran out.

@@ -12,20 +12,13 @@
 #include <string>
 #include <vector>
 
-#include "platform/Module.h"
+#include "tests/frontend/win32/BuiltStub.h"
 #include "tests/frontend/win32/ResourceReader.h"
 
 namespace {
 
 using tests::DialogItem;
 using tests::DialogTemplate;
-
-// The stub beside the tests in the build tree.
-std::u16string StubPath() {
-    std::u16string path = platform::ModulePath();
-    path.resize(path.find_last_of(u'\\') + 1);
-    return path + u"..\\..\\frontend\\Vomdrel.exe";
-}
 
 constexpr DWORD kEdit = WS_CHILD | WS_VISIBLE | WS_BORDER | WS_TABSTOP | ES_AUTOHSCROLL;
 constexpr DWORD kButton = WS_CHILD | WS_VISIBLE | WS_TABSTOP;
@@ -125,7 +118,7 @@ std::string Describe(const DialogItem& item) {
 }
 
 TEST(StubResources, EveryDialogTemplateMatchesItsLayoutAndLanguage) {
-    const tests::ResourceModule stub(StubPath());
+    const tests::ResourceModule stub(tests::BuiltStubPath());
     ASSERT_TRUE(stub.Loaded());
     for (const Texts& texts : kTemplates) {
         SCOPED_TRACE("template " + std::to_string(texts.id));
@@ -157,7 +150,7 @@ TEST(StubResources, EveryDialogTemplateMatchesItsLayoutAndLanguage) {
 }
 
 TEST(StubResources, IconGroupHoldsThreeSizesOfThirtyTwoBits) {
-    const tests::ResourceModule stub(StubPath());
+    const tests::ResourceModule stub(tests::BuiltStubPath());
     ASSERT_TRUE(stub.Loaded());
     const std::vector<std::uint8_t> group = stub.Bytes(RT_GROUP_ICON, 107);
     ASSERT_GE(group.size(), 6u + 3 * 14);
@@ -182,7 +175,7 @@ TEST(StubResources, IconGroupHoldsThreeSizesOfThirtyTwoBits) {
 }
 
 TEST(StubResources, ManifestRunsAsInvokerWithCommonControlsSix) {
-    const tests::ResourceModule stub(StubPath());
+    const tests::ResourceModule stub(tests::BuiltStubPath());
     ASSERT_TRUE(stub.Loaded());
     const std::vector<std::uint8_t> bytes = stub.Bytes(RT_MANIFEST, 1);
     const std::string manifest(bytes.begin(), bytes.end());
@@ -195,7 +188,7 @@ TEST(StubResources, ManifestRunsAsInvokerWithCommonControlsSix) {
 }
 
 TEST(StubResources, GuiProgramThatNeedsOnlySystemLibraries) {
-    const auto facts = tests::ReadExecutableFacts(StubPath());
+    const auto facts = tests::ReadExecutableFacts(tests::BuiltStubPath());
     ASSERT_TRUE(facts.has_value());
     EXPECT_EQ(facts->subsystem, IMAGE_SUBSYSTEM_WINDOWS_GUI);
     // A recipient's machine has the system's libraries and nothing else: the runtime and

@@ -136,6 +136,60 @@ TEST_F(ExtractionDialogTest, PasswordAndKeyPathExcludeEachOther) {
     }
 }
 
+TEST_F(ExtractionDialogTest, FolderPickerFillsTheTargetAndACancelledChoiceKeepsIt) {
+    tests::PickerScript pickers;
+    DialogUnderTest dialog;
+    const std::u16string opened = dialog.Text(IDC_TARGET_FOLDER);
+    dialog.Click(IDC_BROWSE_FOLDER);  // cancelled
+    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == opened);
+
+    pickers.Choose(folder_.Root());
+    dialog.Click(IDC_BROWSE_FOLDER);
+    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == folder_.Root());
+    pickers.Choose(u"");
+    dialog.Click(IDC_BROWSE_FOLDER);
+    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == folder_.Root());
+    EXPECT_EQ(pickers.FolderCalls(), 3);
+    // The picker is asked plainly: no owner, no title, no flags.
+    EXPECT_EQ(pickers.LastFolderRequest().owner, nullptr);
+    EXPECT_FALSE(pickers.LastFolderRequest().titled);
+    EXPECT_EQ(pickers.LastFolderRequest().flags, 0u);
+
+    // The picked folder has no final separator and still gets exactly one before the name.
+    dialog.Type(IDC_PASSWORD, u"secret");
+    dialog.Click(IDC_EXTRACT);
+    EXPECT_TRUE(ExtractionParameters.targetPath == Target());
+    ASSERT_TRUE(tests::PumpUntil([&] { return boxes_.Count() == 1; }));  // no archive there
+}
+
+TEST_F(ExtractionDialogTest, KeyPickerFillsTheKeyPathWhichLocksThePassword) {
+    tests::PickerScript pickers;
+    DialogUnderTest dialog;
+    dialog.Click(IDC_BROWSE_KEY);  // cancelled
+    EXPECT_TRUE(dialog.Text(IDC_KEY_PATH).empty());
+    EXPECT_TRUE(dialog.Enabled(IDC_PASSWORD));
+
+    const std::u16string key = folder_.Path(u"recipient.privkey");
+    pickers.Choose(key);
+    dialog.Click(IDC_BROWSE_KEY);
+    EXPECT_TRUE(dialog.Text(IDC_KEY_PATH) == key);
+    EXPECT_FALSE(dialog.Enabled(IDC_PASSWORD));
+    EXPECT_TRUE(dialog.Enabled(IDC_KEY_PATH));
+    EXPECT_TRUE(dialog.Enabled(IDC_BROWSE_KEY));
+    pickers.Choose(u"");
+    dialog.Click(IDC_BROWSE_KEY);
+    EXPECT_TRUE(dialog.Text(IDC_KEY_PATH) == key);
+    EXPECT_FALSE(dialog.Enabled(IDC_PASSWORD));
+
+    EXPECT_EQ(pickers.FileCalls(), 3);
+    const tests::PickerScript::FileRequest& request = pickers.LastFileRequest();
+    EXPECT_EQ(request.owner, dialog.Handle());
+    EXPECT_EQ(request.capacity, 256u);
+    EXPECT_EQ(request.flags, static_cast<DWORD>(OFN_FILEMUSTEXIST));
+    EXPECT_TRUE(request.filter == u"*.privkey|*.privkey");
+    EXPECT_TRUE(request.defaultExtension == u"privkey");
+}
+
 TEST_F(ExtractionDialogTest, MissingOrUnreadableCredentialsAreRefusedInPlace) {
     DialogUnderTest dialog;
     const int height = dialog.Height();

@@ -36,6 +36,21 @@ std::u16string TextOf(HWND window) {
                           std::min<DWORD_PTR>(length, 4095));
 }
 
+struct ProcessWindows {
+    DWORD process;
+    std::vector<HWND> found;
+};
+
+BOOL CALLBACK CollectVisibleDialog(HWND window, LPARAM context) {
+    auto& search = *reinterpret_cast<ProcessWindows*>(context);
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    if (owner == search.process && IsWindowVisible(window) && IsDialogClass(window)) {
+        search.found.push_back(window);
+    }
+    return TRUE;
+}
+
 }  // namespace
 
 StubProcess::StubProcess(const std::u16string& path, const std::u16string& folder) {
@@ -63,21 +78,8 @@ StubProcess::~StubProcess() {
 }
 
 std::vector<HWND> StubProcess::VisibleDialogs() const {
-    struct Search {
-        DWORD id;
-        std::vector<HWND> found;
-    } search{id_, {}};
-    EnumWindows(
-        [](HWND window, LPARAM context) -> BOOL {
-            auto& self = *reinterpret_cast<Search*>(context);
-            DWORD owner = 0;
-            GetWindowThreadProcessId(window, &owner);
-            if (owner == self.id && IsWindowVisible(window) && IsDialogClass(window)) {
-                self.found.push_back(window);
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
+    ProcessWindows search{id_, {}};
+    EnumWindows(CollectVisibleDialog, reinterpret_cast<LPARAM>(&search));
     return search.found;
 }
 

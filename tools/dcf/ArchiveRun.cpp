@@ -1,6 +1,5 @@
 #include "tools/dcf/ArchiveRun.h"
 
-
 #include "platform/Terminal.h"
 #include "platform/Text.h"
 #include "tools/dcf/ReplaceQuestion.h"

@@ -238,8 +238,8 @@ void RunCreate(const CreateOptions& options) {
         CopyRunPermission(stub, request.archiveName);
     }
     if (!options.quiet) {
-        std::cout << "Created " << written << ": " << listing.files << " files, " << listing.folders
-                  << " folders, " << listing.totalSize << " bytes\n";
+        std::cout << "Created " << written << ": " << Counted(listing.files, "file") << ", "
+                  << Counted(listing.folders, "folder") << ", " << listing.totalSize << " bytes\n";
     }
 }
 

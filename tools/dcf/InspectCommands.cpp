@@ -103,9 +103,9 @@ void RunTest(const InspectOptions& options) {
     ArchiveRun run(!options.quiet);
     Inspect("test", options, run, [](const ImageSource&) {});
     if (!options.quiet) {
-        std::cout << options.archive << ": OK, " << run.report.entries.size() << " files, "
-                  << run.report.folders.size() << " folders, " << run.report.totalSize
-                  << " bytes\n";
+        std::cout << options.archive << ": OK, " << Counted(run.report.entries.size(), "file")
+                  << ", " << Counted(run.report.folders.size(), "folder") << ", "
+                  << run.report.totalSize << " bytes\n";
     }
 }
 

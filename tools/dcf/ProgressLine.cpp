@@ -40,13 +40,18 @@ ProgressLine::~ProgressLine() {
 }
 
 void ProgressLine::Update(std::uint32_t percent, std::uint64_t total) {
-    const auto elapsed = Clock::now() - start_;
-    if (!enabled_ || elapsed < kQuietStart) {
+    const Clock::time_point now = Clock::now();
+    const double done = static_cast<double>(total) * percent / 100.0;
+    if (!measuring_) {
+        measuring_ = true;
+        rateStart_ = now;
+        rateBase_ = done;
+    }
+    if (!enabled_ || now - start_ < kQuietStart) {
         return;
     }
-    const double seconds = std::chrono::duration<double>(elapsed).count();
-    const double done = static_cast<double>(total) * percent / 100.0;
-    const double rate = done / seconds;
+    const double seconds = std::chrono::duration<double>(now - rateStart_).count();
+    const double rate = seconds > 0 ? (done - rateBase_) / seconds : 0;
     const std::string left = rate > 0 ? Duration((static_cast<double>(total) - done) / rate) : "?";
     const std::string line = std::to_string(percent) + "%  " + Bytes(done) + " of " +
                              Bytes(static_cast<double>(total)) + "  " + Bytes(rate) + "/s  " +

@@ -23,6 +23,11 @@ private:
     bool enabled_;
     bool drawn_ = false;
     Clock::time_point start_;
+    // The rate is taken from the first update on, so that the work before it (the key block of a
+    // new archive, the search for a stub's image) does not count as slow data.
+    bool measuring_ = false;
+    Clock::time_point rateStart_;
+    double rateBase_ = 0;
 };
 
 }  // namespace dcf

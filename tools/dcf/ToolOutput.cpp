@@ -23,6 +23,10 @@ std::string DescribeError(platform::ErrorCode error) {
     return text.empty() ? number : text + " (" + number + ")";
 }
 
+std::string Counted(std::uint64_t count, const std::string& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 std::u16string PathFromArgument(const std::string& argument) {
     return platform::Utf8ToUtf16(argument);
 }

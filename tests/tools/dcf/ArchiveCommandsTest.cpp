@@ -19,8 +19,8 @@
 namespace {
 
 using namespace dcftest;
-using tests::Bytes;
 using dcftest::WriteAll;  // beside the overload for bytes below
+using tests::Bytes;
 
 void WriteAll(const fs::path& path, const Bytes& bytes) {
     WriteAll(path, std::string(bytes.begin(), bytes.end()));
@@ -118,7 +118,7 @@ TEST_F(ArchiveCommandsTest, ListAndTestReadEveryEntryAndWriteNothing) {
 
     const Outcome tested = Dcf("test archive.dcf" + WithPassword());
     ASSERT_EQ(tested.code, 0) << tested.err;
-    EXPECT_NE(tested.out.find("OK, 2 files, 1 folders, 5020 bytes"), std::string::npos);
+    EXPECT_NE(tested.out.find("OK, 2 files, 1 folder, 5020 bytes"), std::string::npos);
     EXPECT_FALSE(fs::exists(Path("d")));
 
     // Damage in the first file's compressed data is found by test and named by its entry.

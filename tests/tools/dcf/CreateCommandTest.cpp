@@ -252,4 +252,28 @@ TEST_F(CreateCommandTest, AnExistingArchiveIsAskedAboutOnATerminal) {
     EXPECT_EQ(Archives(), (std::vector<std::string>{"old (1).dcf", "old.dcf"}));
 }
 
+TEST_F(CreateCommandTest, LongRunsShowTheirProgressOnATerminal) {
+    if (!CanRunOnTerminal()) {
+        GTEST_SKIP() << "no script(1) to make a terminal";
+    }
+    // Random bytes do not compress: a run of some seconds, past the quiet first second.
+    std::string noise(64 << 20, '\0');
+    std::uint64_t state = 88172645463325252ull;
+    for (char& byte : noise) {
+        state ^= state << 13;
+        state ^= state >> 7;
+        state ^= state << 17;
+        byte = static_cast<char>(state);
+    }
+    WriteAll(Path("big/noise.bin"), noise);
+    ASSERT_EQ(RunDcfOnTerminal(folder_.Native(), "create big big --password-file password", {}), 0);
+    const std::string transcript = ReadAll(Path("transcript"));
+    EXPECT_NE(transcript.find("% "), std::string::npos) << transcript;
+    EXPECT_NE(transcript.find(" of 64.0 MiB "), std::string::npos) << transcript;
+    EXPECT_NE(transcript.find(" left"), std::string::npos) << transcript;
+    // The line is cleared before the summary.
+    EXPECT_NE(transcript.find("\rCreated "), std::string::npos) << transcript;
+    EXPECT_NE(transcript.find("big.dcf: 1 file, 1 folder, 67108864 bytes"), std::string::npos);
+}
+
 }  // namespace

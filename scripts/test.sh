@@ -20,7 +20,7 @@ scripts/build.sh asan
 ctest --test-dir build-asan --output-on-failure -j "$jobs"
 
 step "ThreadSanitizer (concurrency tests)"
-tsan_tests=(locks_tests paths_tests crypto_random_tests)
+tsan_tests=(locks_tests paths_tests crypto_random_tests archive_stream_tests)
 scripts/build.sh tsan "${tsan_tests[@]}"
 ctest --test-dir build-tsan --output-on-failure -j "$jobs" -R "^($(IFS='|'; echo "${tsan_tests[*]}"))\$"
 

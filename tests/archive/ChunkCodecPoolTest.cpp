@@ -2,7 +2,9 @@
 // two calls at a time, and an exception out of a call that leaves the pool usable.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -21,6 +23,8 @@ TEST(ChunkCodecPoolTest, EachIndexRunsOnceAndNoCodecServesTwoCallsAtATime) {
         EXPECT_EQ(pool.Threads(), workers);
         std::mutex mutex;
         std::map<const ChunkCodec*, std::unique_ptr<std::atomic<bool>>> inUse;
+        std::atomic<bool> shared{false};  // set by a call whose codec another call held
+        const std::vector<std::uint8_t> input(2048, 'a');
         for (const std::size_t count : {0u, 1u, 2u, 3u, 64u, 500u}) {
             std::vector<std::atomic<int>> calls(count);
             pool.ForEach(count, [&](ChunkCodec& codec, std::size_t index) {
@@ -33,14 +37,22 @@ TEST(ChunkCodecPoolTest, EachIndexRunsOnceAndNoCodecServesTwoCallsAtATime) {
                     }
                     busy = slot.get();
                 }
-                EXPECT_FALSE(busy->exchange(true));
-                calls[index]++;
+                if (busy->exchange(true)) {
+                    shared = true;
+                }
+                // Real work while the codec is held, so that two holders would overlap.
+                std::array<std::uint8_t, 4096> out{};
+                std::size_t produced = 0;
+                if (codec.Run(input, out, produced)) {
+                    calls[index]++;
+                }
                 busy->store(false);
             });
             for (std::size_t i = 0; i < count; ++i) {
                 EXPECT_EQ(calls[i], 1) << "index " << i << " of " << count;
             }
         }
+        EXPECT_FALSE(shared);
         EXPECT_LE(inUse.size(), workers);
     }
 }

@@ -30,20 +30,33 @@ bool IsReservedDeviceName(std::u16string_view component) {
                kNumbered.end();
 }
 
-bool IsSafeComponent(std::u16string_view component) {
+// `withBackslashRules`: also the rules of systems where the backslash separates paths.
+bool IsSafeComponent(std::u16string_view component, bool withBackslashRules) {
     if (component.empty() || component == u"." || component == u"..") {
         return false;
     }
     if (component.find_first_of(std::u16string_view(u"\0:/", 3)) != std::u16string_view::npos) {
         return false;
     }
-    if constexpr (kBackslashPlatform) {
-        if (component.back() == u'.' || component.back() == u' ' ||
-            IsReservedDeviceName(component)) {
+    return !withBackslashRules || (component.back() != u'.' && component.back() != u' ' &&
+                                   !IsReservedDeviceName(component));
+}
+
+bool HasSafeComponents(std::u16string_view name, bool withBackslashRules) {
+    if (name.empty() || name.front() != kArchiveSeparator) {
+        return false;
+    }
+    std::u16string_view rest = name.substr(1);
+    for (;;) {
+        const std::size_t separator = rest.find(kArchiveSeparator);
+        if (!IsSafeComponent(rest.substr(0, separator), withBackslashRules)) {
             return false;
         }
+        if (separator == std::u16string_view::npos) {
+            return true;
+        }
+        rest.remove_prefix(separator + 1);
     }
-    return true;
 }
 
 }  // namespace
@@ -56,20 +69,11 @@ std::u16string TargetRoot(const std::u16string& targetPath) {
 }
 
 bool IsSafeArchiveName(std::u16string_view name) {
-    if (name.empty() || name.front() != kArchiveSeparator) {
-        return false;
-    }
-    std::u16string_view rest = name.substr(1);
-    for (;;) {
-        const std::size_t separator = rest.find(kArchiveSeparator);
-        if (!IsSafeComponent(rest.substr(0, separator))) {
-            return false;
-        }
-        if (separator == std::u16string_view::npos) {
-            return true;
-        }
-        rest.remove_prefix(separator + 1);
-    }
+    return HasSafeComponents(name, kBackslashPlatform);
+}
+
+bool IsPortableArchiveName(std::u16string_view name) {
+    return HasSafeComponents(name, true);
 }
 
 std::u16string JoinArchiveName(const std::u16string& root, std::u16string_view name) {

@@ -264,7 +264,8 @@ FormatResult CheckWriteRequest(const ArchiveWriteRequest& request) {
     std::uint64_t files = 0;
     std::uint64_t nameUnits = 0;
     for (const ArchiveWriteItem& item : request.items) {
-        if (!item.path.starts_with(rootFolder) || item.path.size() <= start) {
+        if (!item.path.starts_with(rootFolder) || item.path.size() <= start ||
+            !IsSafeArchiveName(ArchiveName(item.path, start))) {
             return FORMAT_BAD_ARGUMENT;
         }
         if (!item.isFolder &&

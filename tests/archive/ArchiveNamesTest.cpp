@@ -40,9 +40,15 @@ TEST(ArchiveNames, DeviceNamesAndTrailingDotsWhereBackslashSeparates) {
          {u"\\CON", u"\\d\\nul.txt", u"\\com1", u"\\LPT9.log", u"\\aux .x", u"\\con.d\\f", u"\\a.",
           u"\\a ", u"\\d.\\f"}) {
         EXPECT_EQ(IsSafeArchiveName(name), !refused) << std::string(name.begin(), name.end());
+        // Refused everywhere for a name that must open on every system.
+        EXPECT_FALSE(IsPortableArchiveName(name)) << std::string(name.begin(), name.end());
     }
-    EXPECT_TRUE(IsSafeArchiveName(u"\\com0"));
-    EXPECT_TRUE(IsSafeArchiveName(u"\\console"));
+    for (const std::u16string_view name : {u"\\com0", u"\\console", u"\\a b.c", u"\\x..y"}) {
+        EXPECT_TRUE(IsSafeArchiveName(name)) << std::string(name.begin(), name.end());
+        EXPECT_TRUE(IsPortableArchiveName(name)) << std::string(name.begin(), name.end());
+    }
+    EXPECT_FALSE(IsPortableArchiveName(u"\\a:b"));
+    EXPECT_FALSE(IsPortableArchiveName(u"a"));
 }
 
 }  // namespace

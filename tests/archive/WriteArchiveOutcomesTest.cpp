@@ -144,6 +144,18 @@ TEST_F(WriteArchiveOutcomesTest, RefusedRequestsTouchNothing) {
     EXPECT_EQ(CheckWriteRequest(request_), FORMAT_OK);
     request_.items.back().path = u"/elsewhere/huge";  // not under the root's folder
     EXPECT_EQ(Write(), FORMAT_BAD_ARGUMENT);
+    // Names the reader would refuse: a ':' in a component, and the root listed with a final
+    // separator, which gives the empty name "\".
+    request_.items.back().path = (SourceRoot() / "a:b").u16string();
+    EXPECT_EQ(Write(), FORMAT_BAD_ARGUMENT);
+    request_.items.pop_back();
+    request_.rootPath = (SourceRoot() / "").u16string();
+    ArchiveWriteItem root;
+    root.path = request_.rootPath;
+    root.isFolder = true;
+    request_.items.push_back(root);
+    EXPECT_EQ(Write(), FORMAT_BAD_ARGUMENT);
+    request_.rootPath = SourceRoot().u16string();
     EXPECT_EQ(ReadBytes(ArchivePath()), old);
 
     // A password of 64 bytes is the longest the key block takes.

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "archive/ArchiveNames.h"
 #include "platform/File.h"
 #include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
@@ -30,9 +31,15 @@ public:
         : command_(command), quiet_(quiet), listing_(listing) {}
 
     void Add(const fs::path& path) {
-        if (platform::kPathSeparator != u'\\' &&
-            path.filename().u16string().find(u'\\') != std::u16string::npos) {
+        const std::u16string name = path.filename().u16string();
+        if (name.find(u'\\') != std::u16string::npos) {
             Note(path, "a backslash separates names in an archive, left out");
+            return;
+        }
+        if (!IsPortableArchiveName(u'\\' + name)) {
+            Note(path,
+                 "a name that Windows can't extract (a ':', a device name such as CON, or a "
+                 "final dot or blank), left out");
             return;
         }
         std::error_code error;

@@ -21,7 +21,8 @@ struct SourceListing {
 
 // Lists `paths` (files or folders, walked recursively, in name order) for `command`. All paths
 // must lie in one folder, which becomes the common root. Links to folders are not followed;
-// what is neither a file nor a folder, and a name with a backslash, are left out, each with a line
+// what is neither a file nor a folder, a name with a backslash and a name that Windows could not
+// extract (a ':', a device name, a final dot or blank) are left out, each with a line
 // on standard error unless `quiet`. Ends the command for a path that does not exist or can't be
 // walked.
 SourceListing ListSources(const std::string& command, const std::vector<std::string>& paths,

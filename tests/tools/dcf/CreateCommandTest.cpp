@@ -88,6 +88,25 @@ TEST_F(CreateCommandTest, TreesRoundTripWithNamesFromTheCommonFolder) {
     EXPECT_EQ(ReadAll(Path("single/n.txt")), "a note");
 }
 
+TEST_F(CreateCommandTest, NamesThatCannotBeExtractedEverywhereAreLeftOutWithANote) {
+    for (const char* name : {"back\\slash.txt", "colon:name.txt", "aux.txt", "dot.", "blank "}) {
+        WriteAll(Path(std::string("data/notes/") + name), "left out");
+    }
+    WriteAll(Path("data/notes/kept. x"), "kept");
+    const Outcome created = Dcf("create odd data/notes --password-file password");
+    ASSERT_EQ(created.code, 0) << created.err;
+    EXPECT_EQ(std::count(created.err.begin(), created.err.end(), '\n'), 5) << created.err;
+    EXPECT_NE(created.err.find("colon:name.txt: a name that Windows can't extract"),
+              std::string::npos)
+        << created.err;
+    EXPECT_NE(created.err.find("back\\slash.txt: a backslash separates names"), std::string::npos)
+        << created.err;
+    EXPECT_NE(created.out.find("odd.dcf: 2 files"), std::string::npos) << created.out;
+    ASSERT_EQ(Dcf("extract odd.dcf -C out --password-file password").code, 0);
+    EXPECT_EQ(ReadAll(Path("out/notes/n.txt")), "a note");
+    EXPECT_EQ(ReadAll(Path("out/notes/kept. x")), "kept");
+}
+
 TEST_F(CreateCommandTest, ArgumentsThatCannotMakeAnArchiveAreRefusedInOneLine) {
     WriteAll(Path("other/x.txt"), "x");
     const Outcome apart = Dcf("create a data/reports other/x.txt --password-file password");

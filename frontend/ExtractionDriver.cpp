@@ -81,7 +81,7 @@ bool CreateFolderPath(const std::u16string& original) {
     }
 }
 
-bool RunExtraction() {
+bool RunExtraction(FormatResult* formatResult) {
     const CExtractionParameters& parameters = ExtractionParameters;
     if (!parameters.keyGiven && !parameters.passwordGiven) {
         return false;
@@ -126,15 +126,20 @@ bool RunExtraction() {
 
     CreateFolderPath(parameters.targetPath);  // a failure shows up as result 8 later
     DCCFileFormatSFX format;
-    return format.ExtractArchive(&request, &settings) == FORMAT_OK;
+    const FormatResult result = format.ExtractArchive(&request, &settings);
+    if (formatResult != nullptr) {
+        *formatResult = result;
+    }
+    return result == FORMAT_OK;
 }
 
 void ExtractionThreadProc() {
-    const bool extracted = RunExtraction();
+    FormatResult result = FORMAT_FAILED;
+    const bool extracted = RunExtraction(&result);
     if (ProgressContext* progress = CurrentProgress.load(); progress != nullptr) {
         // The archive code ran: the front end ends, whatever the outcome.
         if (progress->view != nullptr) {
-            progress->view->EndView(extracted);
+            progress->view->EndView(result);
         }
         const std::lock_guard hold(progressLifetime);
         CurrentProgress.store(nullptr);

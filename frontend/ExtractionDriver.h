@@ -21,8 +21,9 @@ extern std::atomic<IExtractionView*> CurrentView;
 extern std::atomic<ProgressContext*> CurrentProgress;
 
 // True when the archive was extracted. Without a key or password, or with a source that is
-// missing, empty or unreadable, it returns false before the archive code runs.
-bool RunExtraction();
+// missing, empty or unreadable, it returns false before the archive code runs; otherwise the
+// archive code's result goes to `formatResult` when it is given.
+bool RunExtraction(FormatResult* formatResult = nullptr);
 
 // Cancel of the interactive front end: true when an extraction was running and now stops at
 // its next check; false when none runs, and the front end is to end instead.

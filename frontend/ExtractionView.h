@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "archive/ResultCodes.h"
+
 enum class ReplaceAnswer { Yes, No, Cancel };
 
 class IExtractionView {
@@ -20,6 +22,6 @@ public:
     virtual ReplaceAnswer AskReplace(const std::u16string& text, const std::u16string& caption) = 0;
     // Input fields enabled or not, progress shown or not; Cancel stays available.
     virtual void SetControlsBusy(bool enabled, bool showProgress) = 0;
-    // The extraction ran through the archive code, with this outcome: the front end ends.
-    virtual void EndView(bool extracted) = 0;
+    // The extraction ran through the archive code with this result: the front end ends.
+    virtual void EndView(FormatResult result) = 0;
 };

@@ -174,8 +174,9 @@ void CTerminalFrontEnd::SetControlsBusy(bool enabled, bool) {
     }
 }
 
-void CTerminalFrontEnd::EndView(bool extracted) {
+void CTerminalFrontEnd::EndView(FormatResult result) {
     const std::lock_guard hold(lock_);
     ended_ = true;
-    Print(extracted ? "\nExtraction has successfully finished\n" : "\nExtraction has failed\n");
+    Print(result == FORMAT_OK ? "\nExtraction has successfully finished\n"
+                              : "\nExtraction has failed\n");
 }

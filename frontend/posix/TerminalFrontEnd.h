@@ -19,7 +19,7 @@ public:
     void ShowError(const std::u16string& text, const std::u16string& caption) override;
     ReplaceAnswer AskReplace(const std::u16string& text, const std::u16string& caption) override;
     void SetControlsBusy(bool enabled, bool showProgress) override;
-    void EndView(bool extracted) override;
+    void EndView(FormatResult result) override;
 
 private:
     // Asks for target and credentials until they pass; false when the user gave up.

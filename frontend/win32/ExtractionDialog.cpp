@@ -89,7 +89,13 @@ public:
     void SetControlsBusy(bool enabled, bool showProgress) override {
         ::SetControlsBusy(enabled, showProgress);
     }
-    void EndView(bool) override { SendMessageW(CurrentDialog.load(), kExtractionEnded, 0, 0); }
+    void EndView(FormatResult result) override {
+        // The user is told why the dialog goes away, unless the user stopped it.
+        if (result != FORMAT_OK && result != FORMAT_CANCELLED) {
+            ShowErrorBox(u"IDS_DECOMPRESS_FAILED");
+        }
+        SendMessageW(CurrentDialog.load(), kExtractionEnded, 0, 0);
+    }
 };
 
 CDialogView dialogView;

@@ -261,12 +261,21 @@ TEST_F(ExtractionDialogTest, PasswordExtractionRunsToTheEndAndEndsTheDialog) {
     EXPECT_EQ(boxes_.Count(), 0u);
 }
 
-TEST_F(ExtractionDialogTest, WrongPasswordEndsTheDialogWithoutFiles) {
+TEST_F(ExtractionDialogTest, WrongPasswordIsToldThenEndsTheDialogWithoutFiles) {
     WriteArchive({{u"\\f.txt", Bytes(10, 'f'), {}}});
     DialogUnderTest dialog;
+    bool endedBeforeTheBox = true;
+    boxes_.BeforeAnswer([&] { endedBeforeTheBox = dialog.Ended(); });
     StartWithPassword(dialog, u"wrong");
     ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
     EXPECT_FALSE(fs::exists(fs::path(Target() + u"f.txt")));
+    const auto boxes = boxes_.Boxes();
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_TRUE(boxes[0].text == u"File couldn't be extracted (wrong password?).");
+    EXPECT_TRUE(boxes[0].caption == u"Error");
+    EXPECT_EQ(boxes[0].type, static_cast<UINT>(MB_ICONERROR));
+    EXPECT_EQ(boxes[0].owner, dialog.Handle());
+    EXPECT_FALSE(endedBeforeTheBox);
 }
 
 TEST_F(ExtractionDialogTest, ReplaceQuestionsAnsweredYesNoThenCancel) {

@@ -241,7 +241,7 @@ TEST_F(SfxDialogEndToEndTest, PasswordTypedIntoTheDialogExtractsTheTreeWithItsTa
     EXPECT_TRUE(fs::is_directory(Extracted() / kEmptyFolder));
 }
 
-TEST_F(SfxDialogEndToEndTest, MissingCredentialsKeepTheDialogAndAWrongPasswordEndsItEmpty) {
+TEST_F(SfxDialogEndToEndTest, MissingCredentialsKeepTheDialogAndAWrongPasswordIsToldAndEndsIt) {
     StubProcess stub(ArchivePath(), archiveFolder_->Root());
     const HWND dialog = OpenDialog(stub);
     ASSERT_NE(dialog, nullptr);
@@ -257,9 +257,14 @@ TEST_F(SfxDialogEndToEndTest, MissingCredentialsKeepTheDialogAndAWrongPasswordEn
     EXPECT_TRUE(IsWindowVisible(dialog));
     EXPECT_FALSE(stub.WaitForExit(0));
 
-    // A wrong password fails once the archive is open: the dialog ends, and nothing was made.
+    // A wrong password fails once the archive is open: the user is told, then the dialog ends,
+    // and nothing was made.
     ASSERT_TRUE(tests::SetControlText(dialog, IDC_PASSWORD, u"wrong horse"));
     tests::PressButton(dialog, IDC_EXTRACT);
+    const HWND failed = stub.WaitForWindow(dialog, kBoxDeadline);
+    ASSERT_NE(failed, nullptr);
+    ExpectErrorBox(failed, dialog, u"IDS_DECOMPRESS_FAILED");
+    tests::PressButton(failed, IDOK);
     ExpectEnded(stub, dialog);
     EXPECT_FALSE(fs::exists(Extracted()));
 }

@@ -10,6 +10,17 @@ if(WIN32)
     target_link_options(dcf_options INTERFACE -static -static-libgcc -static-libstdc++)
 endif()
 
+# The fuzz targets need libFuzzer, which only clang has. The libraries then carry the fuzzer's
+# coverage instrumentation with the address and undefined-behaviour checks.
+if(DCF_BUILD_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        message(FATAL_ERROR "DCF_BUILD_FUZZ needs clang (CC=clang CXX=clang++)")
+    endif()
+    if(NOT DCF_SANITIZE)
+        set(DCF_SANITIZE fuzzer-no-link,address,undefined)
+    endif()
+endif()
+
 if(DCF_SANITIZE)
     target_compile_options(dcf_options INTERFACE -fsanitize=${DCF_SANITIZE} -fno-omit-frame-pointer
                                                  -fno-sanitize-recover=all)

@@ -44,6 +44,10 @@ public:
 
     class FilePropertiesExtensions : public virtual ISerializableEx {
     public:
+        // Declared so that the class is default-constructible inside CDlpCategory already,
+        // where clang would not yet see the member initializers.
+        FilePropertiesExtensions() {}
+
         bool Serialize(CRawSerializer& out) const override;
         bool Deserialize(CRawReader& in) override;
 

@@ -100,8 +100,11 @@ void ChunkChain::DecryptBlocks(std::span<std::uint8_t> blocks) {
             previous[i] = chain_;
             chain_ = unwhitened & mask_;
         }
-        for (const detail::ResolvedCipher& cipher : std::views::reverse(suite_.List())) {
-            cipher.ops->decrypt(cipher.schedule, batch, count);
+        // Reverse iterators, not std::views::reverse, which clang 14 cannot build with
+        // libstdc++ 12.
+        const auto list = suite_.List();
+        for (auto cipher = list.rbegin(); cipher != list.rend(); ++cipher) {
+            cipher->ops->decrypt(cipher->schedule, batch, count);
         }
         for (std::size_t i = 0; i < count; ++i) {
             std::uint8_t* block = batch + i * blockSize_;

@@ -61,8 +61,10 @@ void DecryptPass(std::span<std::uint8_t> buffer, std::span<const ResolvedCipher>
         std::uint8_t* block = buffer.data() + offset;
         XorInto(block, state.whitening, blockSize);
         std::copy_n(block, blockSize, state.saved);
-        for (const ResolvedCipher& cipher : std::views::reverse(list)) {
-            cipher.ops->decrypt(cipher.schedule, block, 1);
+        // Reverse iterators, not std::views::reverse, which clang 14 cannot build with
+        // libstdc++ 12.
+        for (auto cipher = list.rbegin(); cipher != list.rend(); ++cipher) {
+            cipher->ops->decrypt(cipher->schedule, block, 1);
         }
         XorInto(block, state.chain, blockSize);
         std::copy_n(state.saved, blockSize, state.chain);

@@ -1,0 +1,90 @@
+// Hostile bytes in the three forms in which keys reach the system:
+// - a *.privkey file, loaded by path as the stub loads it (the RSA operation with its primes
+//   is left out: one costs most of a second under the sanitizers);
+// - the text of a recipient's public key, whose modulus seals an RSA slot: the sealed value
+//   must come out below that modulus;
+// - a key blob, which must survive being written and read again byte for byte.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "crypto/Rsa.h"
+#include "crypto/SecurityKey.h"
+#include "tests/TestFolder.h"
+
+namespace {
+
+using Zelmarik::DCCSecurityKey;
+
+void LoadKeyFile(std::span<const std::uint8_t> bytes) {
+    static const tests::TestFolder folder;
+    static const std::u16string path = folder.Path(u"fuzz.privkey");
+    std::ofstream(folder.Native() / "fuzz.privkey", std::ios::binary | std::ios::trunc)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+
+    DCCSecurityKey key;
+    key.PrivateFromFile(path.c_str());
+}
+
+// Compares two numbers of kRsaNumberWords words.
+bool Below(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b) {
+    for (std::size_t i = a.size(); i-- > 0;) {
+        if (a[i] != b[i]) {
+            return a[i] < b[i];
+        }
+    }
+    return false;
+}
+
+void SealForPublicKey(std::span<const std::uint8_t> bytes) {
+    DCCSecurityKey key;
+    key.SetPublicKeyText(
+        std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+    std::vector<std::uint32_t> modulus(Zelmarik::kRsaNumberWords);
+    Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), key.PublicKeyText.get(),
+                                   DCCSecurityKey::kPublicKeyDigits);
+    // A message whose top word is zero, as in a key block, but otherwise full.
+    std::vector<std::uint32_t> message(Zelmarik::kRsaNumberWords, 0xC3A5C35Au);
+    message.back() = 0;
+    std::vector<std::uint32_t> exponent(Zelmarik::kRsaNumberWords, 0);
+    exponent[0] = Zelmarik::kRsaPublicExponent;
+    std::vector<std::uint32_t> sealed(Zelmarik::kRsaNumberWords);
+    if (Zelmarik::NumberModExp(sealed.data(), message.data(), exponent.data(), modulus.data()) ==
+            0 &&
+        !Below(sealed, modulus)) {
+        std::abort();
+    }
+}
+
+void RoundTripKeyBlob(std::span<const std::uint8_t> bytes) {
+    DCCSecurityKey first;
+    if (!Zelmarik::DeserializeFromBlob(bytes, first)) {
+        return;
+    }
+    const Zelmarik::Blob written = Zelmarik::SerializeToBlob(first);
+    DCCSecurityKey second;
+    if (written.Size() == 0 || !Zelmarik::DeserializeFromBlob(written.Bytes(), second)) {
+        std::abort();  // a key that was read can always be written and read again
+    }
+    const Zelmarik::Blob again = Zelmarik::SerializeToBlob(second);
+    if (again.Size() != written.Size() ||
+        !std::equal(written.Bytes().begin(), written.Bytes().end(), again.Bytes().begin())) {
+        std::abort();
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::span<const std::uint8_t> bytes(data, size);
+    LoadKeyFile(bytes);
+    SealForPublicKey(bytes);
+    RoundTripKeyBlob(bytes);
+    return 0;
+}

@@ -6,6 +6,10 @@
 
 namespace {
 
+// Chunks inflated together at most: enough to share among a few workers, few enough to keep
+// the buffers small (2·64 buffers of 1280·B bytes).
+constexpr std::size_t kBatchChunks = 64;
+
 // The whole percent of `processed` in `total`, at most 100; nothing when the total is 0.
 std::optional<std::uint32_t> PercentOf(std::uint64_t processed, std::uint64_t total) {
     if (total == 0) {
@@ -18,26 +22,40 @@ std::optional<std::uint32_t> PercentOf(std::uint64_t processed, std::uint64_t to
 }  // namespace
 
 DataStreamReader::DataStreamReader(BufferedReader& source, const KeyContext& keys,
-                                   const DCCArchiveUserSettings& settings, std::uint64_t total)
-    : source_(source), keys_(keys), settings_(settings), total_(total) {}
+                                   const DCCArchiveUserSettings& settings, std::uint64_t total,
+                                   unsigned workers)
+    : source_(source),
+      keys_(keys),
+      settings_(settings),
+      total_(total),
+      inflaters_(ChunkCodec::Direction::Inflate, workers) {}
 
 bool DataStreamReader::Prepare() {
     if (!chain_) {
         chain_ = crypto::ChunkChain::Create(keys_.SuiteId, keys_.KeySchedule, keys_.IvArea);
-        if (!chain_ || !inflater_.Ready()) {
+        if (!chain_ || !inflaters_.Ready()) {
             chain_.reset();
             return false;
         }
-        const std::size_t capacity = dcf::kMaxChunkBlocks * chain_->BlockSize();
-        input_.resize(capacity);
-        output_.resize(capacity);
+        capacity_ = dcf::kMaxChunkBlocks * chain_->BlockSize();
+        inputs_.resize(kBatchChunks * capacity_);
+        outputs_.resize(kBatchChunks * capacity_);
+        slots_.resize(kBatchChunks);
     }
     chain_->Restart();
     return true;
 }
 
-bool DataStreamReader::ReadBlocks(std::size_t bytes) {
-    const std::span<std::uint8_t> blocks(input_.data(), bytes);
+std::span<std::uint8_t> DataStreamReader::InputArea(std::size_t slot) {
+    return {inputs_.data() + slot * capacity_, capacity_};
+}
+
+std::span<std::uint8_t> DataStreamReader::OutputArea(std::size_t slot) {
+    return {outputs_.data() + slot * capacity_, capacity_};
+}
+
+bool DataStreamReader::ReadBlocks(std::span<std::uint8_t> area, std::size_t bytes) {
+    const std::span<std::uint8_t> blocks = area.first(bytes);
     if (!source_.Read(blocks)) {
         return false;
     }
@@ -57,6 +75,64 @@ void DataStreamReader::ReportProgress(std::uint64_t processed, std::uint32_t& la
     }
 }
 
+FormatResult DataStreamReader::ReadBatch(std::size_t limit, std::size_t& count) {
+    const std::size_t blockSize = chain_->BlockSize();
+    for (count = 0; count < limit; ++count) {
+        const std::span<std::uint8_t> area = InputArea(count);
+        std::uint32_t compressed = 0;
+        while (compressed == 0) {  // a zero length keeps the next block a length block
+            if (settings_.IsCancelled()) {
+                return FORMAT_CANCELLED;
+            }
+            if (!ReadBlocks(area, blockSize)) {
+                return FORMAT_FAILED;
+            }
+            compressed = dcf::DecodeChunkLength(area.first(blockSize));
+        }
+        if (compressed >= capacity_) {
+            return FORMAT_FAILED;
+        }
+        if (settings_.IsCancelled()) {
+            return FORMAT_CANCELLED;
+        }
+        if (!ReadBlocks(area, dcf::ChunkDataBlocks(compressed, blockSize) * blockSize)) {
+            return FORMAT_FAILED;
+        }
+        slots_[count].compressed = compressed;
+    }
+    return FORMAT_OK;
+}
+
+void DataStreamReader::InflateBatch(std::size_t count) {
+    inflaters_.ForEach(count, [this](ChunkCodec& inflater, std::size_t index) {
+        Slot& slot = slots_[index];
+        slot.inflated =
+            inflater.Run(InputArea(index).first(slot.compressed), OutputArea(index), slot.produced);
+    });
+}
+
+FormatResult DataStreamReader::WriteBatch(Entry& entry, std::size_t count, bool skip) {
+    for (std::size_t index = 0; index < count; ++index) {
+        if (index > 0 && settings_.IsCancelled()) {
+            return FORMAT_CANCELLED;
+        }
+        const Slot& slot = slots_[index];
+        if (!slot.inflated) {
+            return FORMAT_FAILED;
+        }
+        const auto piece = static_cast<std::size_t>(
+            std::min<std::uint64_t>(slot.produced, entry.size - entry.written));
+        if (!skip && entry.target != nullptr &&
+            !entry.target->Write(OutputArea(index).first(piece))) {
+            return FORMAT_OUTPUT_WRITE_FAILED;
+        }
+        entry.written += piece;
+        entry.processed += piece;
+        ReportProgress(entry.processed, entry.lastPercent, true);
+    }
+    return FORMAT_OK;
+}
+
 FormatResult DataStreamReader::ReadDataStream(BufferedWriter* target, std::uint64_t size,
                                               std::uint64_t processed, bool skip) {
     if (size == 0) {
@@ -65,43 +141,23 @@ FormatResult DataStreamReader::ReadDataStream(BufferedWriter* target, std::uint6
     if (!Prepare() || !dcf::PieceCountFits(size, chain_->BlockSize())) {
         return FORMAT_FAILED;
     }
-    const std::size_t blockSize = chain_->BlockSize();
-    std::uint64_t written = 0;
-    std::uint32_t lastPercent = 0;
-    while (written < size) {
-        // The length block, then the data blocks of the chunk; the cancel flag is asked before
-        // each read, and a chunk is only written once it is whole.
-        if (settings_.IsCancelled()) {
-            return FORMAT_CANCELLED;
+    Entry entry{target, size, processed};
+    while (entry.written < size) {
+        // Were every chunk as long as a chunk can be, all but the batch's last would still end
+        // before the entry does: no chunk of a batch lies behind the entry's stream.
+        const std::uint64_t rest = size - entry.written;
+        const auto limit = static_cast<std::size_t>(
+            std::min<std::uint64_t>(kBatchChunks, (rest + capacity_ - 1) / capacity_));
+        std::size_t count = 0;
+        const FormatResult read = ReadBatch(limit, count);
+        InflateBatch(count);
+        const FormatResult written = WriteBatch(entry, count, skip);
+        if (written != FORMAT_OK) {
+            return written;
         }
-        if (!ReadBlocks(blockSize)) {
-            return FORMAT_FAILED;
+        if (read != FORMAT_OK) {
+            return read;
         }
-        const std::uint32_t compressed = dcf::DecodeChunkLength({input_.data(), blockSize});
-        if (compressed == 0) {
-            continue;  // a zero length keeps the next block a length block
-        }
-        if (compressed >= input_.size()) {
-            return FORMAT_FAILED;
-        }
-        if (settings_.IsCancelled()) {
-            return FORMAT_CANCELLED;
-        }
-        if (!ReadBlocks(dcf::ChunkDataBlocks(compressed, blockSize) * blockSize)) {
-            return FORMAT_FAILED;
-        }
-        std::size_t produced = 0;
-        if (!inflater_.Run({input_.data(), compressed}, output_, produced)) {
-            return FORMAT_FAILED;
-        }
-        const auto piece =
-            static_cast<std::size_t>(std::min<std::uint64_t>(produced, size - written));
-        if (!skip && target != nullptr && !target->Write({output_.data(), piece})) {
-            return FORMAT_OUTPUT_WRITE_FAILED;
-        }
-        written += piece;
-        processed += piece;
-        ReportProgress(processed, lastPercent, true);
     }
     if (!skip && target != nullptr && !target->Flush()) {
         return FORMAT_OUTPUT_WRITE_FAILED;
@@ -118,11 +174,12 @@ FormatResult DataStreamReader::ReadLegacyDataStream(BufferedWriter* target, std:
     const std::uint64_t last = size / blockSize;
     const std::uint64_t step = last / 100 + 1;
     std::uint32_t lastPercent = 0;
-    // Blocks go through the buffer in batches; progress is still told block by block.
-    const std::uint64_t batchBlocks = input_.size() / blockSize;
+    // Blocks go through one chunk buffer in batches; progress is still told block by block.
+    const std::span<std::uint8_t> area = InputArea(0);
+    const std::uint64_t batchBlocks = area.size() / blockSize;
     for (std::uint64_t first = 0; first <= last; first += batchBlocks) {
         const std::uint64_t count = std::min(batchBlocks, last + 1 - first);
-        if (!ReadBlocks(static_cast<std::size_t>(count * blockSize))) {
+        if (!ReadBlocks(area, static_cast<std::size_t>(count * blockSize))) {
             return FORMAT_FAILED;
         }
         for (std::uint64_t i = first; i < first + count; ++i) {
@@ -134,7 +191,7 @@ FormatResult DataStreamReader::ReadLegacyDataStream(BufferedWriter* target, std:
         const std::uint64_t bytes =
             first + count > last ? size - first * blockSize : count * blockSize;
         if (!skip && target != nullptr &&
-            !target->Write({input_.data(), static_cast<std::size_t>(bytes)})) {
+            !target->Write(area.first(static_cast<std::size_t>(bytes)))) {
             return FORMAT_OUTPUT_WRITE_FAILED;
         }
     }

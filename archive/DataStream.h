@@ -2,29 +2,36 @@
 // The data stream of one entry, read block by block through the chunk chain: the chunked form
 // of format versions 2 and above, and the legacy form of the versions below.
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "archive/ArchiveUserSettings.h"
 #include "archive/BufferedIo.h"
-#include "archive/ChunkCodec.h"
+#include "archive/ChunkCodecPool.h"
 #include "archive/KeyContext.h"
 #include "archive/ResultCodes.h"
 #include "crypto/ChunkChain.h"
 
 // The state that serves all entries of one run: the chain of the archive's keys, the chunk
-// buffers of 1280·B bytes each, and the inflate stream.
+// buffers of 1280·B bytes each, and the inflate workers. Chunks go in batches: read and undone
+// from the chain in order on the calling thread, inflated on all workers at once, then written
+// in order on the calling thread. A batch never reaches past the entry's stream: it holds no
+// more chunks than the rest of the entry needs if every chunk gave the most it can.
 class DataStreamReader {
 public:
+    // `workers` threads inflate, the caller's included (0 counts as 1).
     DataStreamReader(BufferedReader& source, const KeyContext& keys,
-                     const DCCArchiveUserSettings& settings, std::uint64_t total);
+                     const DCCArchiveUserSettings& settings, std::uint64_t total,
+                     unsigned workers = DefaultCodecWorkers());
 
     // Reads the stream of an entry of `size` bytes and writes the file's bytes to `target`,
     // unless `skip` is set or `target` is null. `processed` is the progress before this entry;
     // onProgress hears each rise of the whole percent. FORMAT_CANCELLED when the cancel flag
     // is seen before a block, FORMAT_OUTPUT_WRITE_FAILED for a failed write, FORMAT_FAILED for
-    // a damaged or short stream.
+    // a damaged or short stream. The chunks before the one that fails are written.
     FormatResult ReadDataStream(BufferedWriter* target, std::uint64_t size, std::uint64_t processed,
                                 bool skip);
     // The uncompressed form: floor(size / B) + 1 blocks holding the bytes directly. Neither the
@@ -33,19 +40,45 @@ public:
                                       std::uint64_t processed, bool skip);
 
 private:
+    // Where the entry being read stands.
+    struct Entry {
+        BufferedWriter* target;
+        std::uint64_t size;
+        std::uint64_t processed;
+        std::uint64_t written = 0;
+        std::uint32_t lastPercent = 0;
+    };
+    // One chunk of the batch: its compressed length, and what inflate made of it.
+    struct Slot {
+        std::uint32_t compressed = 0;
+        std::size_t produced = 0;
+        bool inflated = false;
+    };
+
     // Sets up the chain and the buffers at the first stream; false when the suite can't carry
     // a data stream.
     bool Prepare();
-    // Reads `bytes` (a whole number of blocks) into the input buffer and undoes the chain.
-    bool ReadBlocks(std::size_t bytes);
+    // Reads `bytes` (a whole number of blocks) into the front of `area` and undoes the chain.
+    bool ReadBlocks(std::span<std::uint8_t> area, std::size_t bytes);
+    // Reads up to `limit` whole chunks in order, asking the cancel flag before each block;
+    // `count` is the number read. Gives what stopped the reading early, FORMAT_OK for nothing.
+    FormatResult ReadBatch(std::size_t limit, std::size_t& count);
+    void InflateBatch(std::size_t count);
+    // Writes the chunks in order, each followed by its progress; the cancel flag is asked
+    // between them, where reading them one by one would have asked it.
+    FormatResult WriteBatch(Entry& entry, std::size_t count, bool skip);
     void ReportProgress(std::uint64_t processed, std::uint32_t& lastPercent, bool onlyRises);
+    std::span<std::uint8_t> InputArea(std::size_t slot);
+    std::span<std::uint8_t> OutputArea(std::size_t slot);
 
     BufferedReader& source_;
     const KeyContext& keys_;
     const DCCArchiveUserSettings& settings_;
     std::uint64_t total_;
     std::optional<crypto::ChunkChain> chain_;
-    std::vector<std::uint8_t> input_;
-    std::vector<std::uint8_t> output_;
-    ChunkCodec inflater_{ChunkCodec::Direction::Inflate};
+    ChunkCodecPool inflaters_;
+    std::size_t capacity_ = 0;
+    std::vector<std::uint8_t> inputs_;
+    std::vector<std::uint8_t> outputs_;
+    std::vector<Slot> slots_;
 };

@@ -1,5 +1,6 @@
-// The data stream writer with one, two and three deflate workers: the same bytes as chunks made
-// one by one, readable by the reader, the same progress calls, and the ways out of a stream.
+// The data stream writer and reader with one, two and three zlib workers: the writer's bytes are
+// those of chunks made one by one and read back; progress, cancellation and failures come as
+// with one worker; a batch of the reader never reaches into the next entry.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -72,6 +73,31 @@ protected:
         return results;
     }
 
+    // Reads the streams of `sizes` from the builder's image into one file each, "read0" on; the
+    // result of each stream, up to the first that fails.
+    std::vector<FormatResult> ReadStreams(const std::vector<std::size_t>& sizes, unsigned workers,
+                                          std::uint64_t total = 1) {
+        platform::File stored;
+        EXPECT_EQ(
+            stored.Open(Save("image", builder_.Image()).u16string(), platform::OpenMode::Read),
+            platform::kErrorSuccess);
+        BufferedReader source(stored);
+        DataStreamReader reader(source, builder_.Keys(), settings_, total, workers);
+        std::vector<FormatResult> results;
+        for (std::size_t i = 0; i < sizes.size(); ++i) {
+            platform::File file;
+            EXPECT_EQ(file.Open(Out(i).u16string(), platform::OpenMode::CreateAlways),
+                      platform::kErrorSuccess);
+            BufferedWriter target(file);
+            results.push_back(reader.ReadDataStream(&target, sizes[i], 0, false));
+            if (results.back() != FORMAT_OK) {
+                break;
+            }
+        }
+        return results;
+    }
+    fs::path Out(std::size_t i) const { return folder_.Native() / ("read" + std::to_string(i)); }
+
     tests::TestFolder folder_;
     tests::ImageBuilder builder_{tests::ImageSettings{}};
     tests::Recorder recorder_;
@@ -96,19 +122,13 @@ TEST_F(ParallelDataStreamTest, BytesAreThoseOfChunksMadeOneByOneAndReadBack) {
         EXPECT_EQ(results, std::vector<FormatResult>(contents.size(), FORMAT_OK));
         ASSERT_EQ(ReadAll(out), builder_.Image());
 
-        platform::File stored;
-        ASSERT_EQ(stored.Open(out.u16string(), platform::OpenMode::Read), platform::kErrorSuccess);
-        BufferedReader source(stored);
-        DataStreamReader reader(source, builder_.Keys(), settings_, 1);
+        std::vector<std::size_t> sizes;
         for (const Bytes& content : contents) {
-            const fs::path back = folder_.Native() / "back";
-            platform::File file;
-            ASSERT_EQ(file.Open(back.u16string(), platform::OpenMode::CreateAlways),
-                      platform::kErrorSuccess);
-            BufferedWriter target(file);
-            ASSERT_EQ(reader.ReadDataStream(&target, content.size(), 0, false), FORMAT_OK);
-            file.Close();
-            EXPECT_EQ(ReadAll(back), content);
+            sizes.push_back(content.size());
+        }
+        ASSERT_EQ(ReadStreams(sizes, workers), results);
+        for (std::size_t i = 0; i < contents.size(); ++i) {
+            EXPECT_EQ(ReadAll(Out(i)), contents[i]) << "entry " << i;
         }
     }
 }
@@ -185,6 +205,83 @@ TEST_F(ParallelDataStreamTest, FailedWritesAreTheStreamsResult) {
         platform::File source;
         ASSERT_EQ(source.Open(path.u16string(), platform::OpenMode::Read), platform::kErrorSuccess);
         EXPECT_EQ(writer.WriteDataStream(source, content.size(), 0), FORMAT_WRITE_FAILED);
+    }
+}
+
+// Chunks that give the most a chunk can (1280·B bytes), the last one more than the entry has
+// left: a batch sized for pieces of 128·B would read the next entry's chunks as this one's.
+TEST_F(ParallelDataStreamTest, ReaderBatchStopsAtTheEntrysLastChunk) {
+    constexpr std::size_t kLargest = 1280 * 16;
+    const Bytes large = Content(5 * kLargest, 6);
+    const std::size_t largeSize = 4 * kLargest + 9;  // the fifth chunk is cut
+    builder_.StartStream();
+    for (std::size_t offset = 0; offset < large.size(); offset += kLargest) {
+        const Bytes compressed = tests::Compress(std::span(large).subspan(offset, kLargest));
+        builder_.Chunk(static_cast<std::uint32_t>(compressed.size()), compressed);
+    }
+    const Bytes next = Content(3 * kPiece, 7);
+    builder_.DataStream(next);
+    for (const unsigned workers : kWorkerCounts) {
+        SCOPED_TRACE(workers);
+        EXPECT_EQ(ReadStreams({largeSize, next.size()}, workers),
+                  (std::vector<FormatResult>{FORMAT_OK, FORMAT_OK}));
+        EXPECT_EQ(ReadAll(Out(0)), Bytes(large.begin(), large.begin() + largeSize));
+        EXPECT_EQ(ReadAll(Out(1)), next);
+    }
+}
+
+TEST_F(ParallelDataStreamTest, ReaderProgressCancelAndDamageComeAsWithOneWorker) {
+    recorder_.Attach(settings_);
+    const Bytes content = Content(90 * kPiece, 8);  // each chunk raises the percent
+    builder_.DataStream(content);
+    std::vector<std::uint32_t> single;
+    for (const unsigned workers : kWorkerCounts) {
+        SCOPED_TRACE(workers);
+        recorder_.cancel = 0;
+        recorder_.cancelAfterPercents = -1;
+        recorder_.percents.clear();
+        EXPECT_EQ(ReadStreams({content.size()}, workers, content.size()),
+                  std::vector<FormatResult>{FORMAT_OK});
+        if (workers == 1) {
+            single = recorder_.percents;
+            EXPECT_EQ(single.size(), 90u);
+        } else {
+            EXPECT_EQ(recorder_.percents, single);
+        }
+
+        // The flag goes up while the 71st chunk's batch is in hand: nothing after the 70th
+        // chunk is written.
+        recorder_.percents.clear();
+        recorder_.cancelAfterPercents = 70;
+        EXPECT_EQ(ReadStreams({content.size()}, workers, content.size()),
+                  std::vector<FormatResult>{FORMAT_CANCELLED});
+        EXPECT_EQ(recorder_.percents.size(), 70u);
+        EXPECT_EQ(ReadAll(Out(0)), Bytes(content.begin(), content.begin() + 70 * kPiece));
+    }
+
+    // An entry said to hold 200 pieces goes in batches of 20 chunks, then 18. A chunk that does
+    // not inflate, or an image that ends, inside the second batch: the chunks before are written.
+    recorder_.cancelAfterPercents = -1;
+    recorder_.cancel = 0;
+    struct Case {
+        std::size_t chunks;
+        std::size_t damaged;  // the chunks before it are sound; none when it equals `chunks`
+    };
+    for (const Case c : {Case{40, 30}, Case{25, 25}}) {
+        builder_ = tests::ImageBuilder{tests::ImageSettings{}};
+        builder_.StartStream();
+        for (std::size_t i = 0; i < c.chunks; ++i) {
+            const std::span piece = std::span(content).subspan(i * kPiece, kPiece);
+            const Bytes compressed = i == c.damaged ? tests::Noise(700, 9) : tests::Compress(piece);
+            builder_.Chunk(static_cast<std::uint32_t>(compressed.size()), compressed);
+        }
+        for (const unsigned workers : kWorkerCounts) {
+            SCOPED_TRACE(workers);
+            EXPECT_EQ(ReadStreams({200 * kPiece}, workers),
+                      std::vector<FormatResult>{FORMAT_FAILED});
+            EXPECT_EQ(ReadAll(Out(0)),
+                      Bytes(content.begin(), content.begin() + c.damaged * kPiece));
+        }
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "archive/FileFormat.h"
 #include "platform/File.h"
+#include "platform/Text.h"
 
 namespace {
 
@@ -59,6 +60,13 @@ bool HasSafeComponents(std::u16string_view name, bool withBackslashRules) {
     }
 }
 
+// The path that the platform opens: from UTF-8 with U+FFFD for an unpaired surrogate. A path
+// made from the UTF-16 text itself would throw for such a name.
+std::filesystem::path PlatformPath(const std::u16string& path) {
+    const std::string utf8 = platform::Utf16ToUtf8(path);
+    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
+}
+
 }  // namespace
 
 std::u16string TargetRoot(const std::u16string& targetPath) {
@@ -93,8 +101,8 @@ bool PassesThroughLink(const std::u16string& root, std::u16string_view name) {
             end = name.size();
         }
         std::error_code error;
-        const auto status =
-            std::filesystem::symlink_status(JoinArchiveName(root, name.substr(0, end)), error);
+        const auto status = std::filesystem::symlink_status(
+            PlatformPath(JoinArchiveName(root, name.substr(0, end))), error);
         if (!error && std::filesystem::is_symlink(status)) {
             return true;
         }

@@ -5,10 +5,11 @@
 #   tsan     build-tsan/   ThreadSanitizer
 #   win64    build-win64/  MinGW-w64 x86_64, tests run under Wine
 #   win32    build-win32/  MinGW-w64 i686, compile and link only
+#   fuzz     build-fuzz/   clang, the libFuzzer targets with AddressSanitizer + UBSan
 # Each tree keeps its own cache, so switching trees never rebuilds another.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
-tree=${1:?usage: scripts/build.sh native|asan|tsan|win64|win32 [targets...]}
+tree=${1:?usage: scripts/build.sh native|asan|tsan|win64|win32|fuzz [targets...]}
 shift
 
 case "$tree" in
@@ -18,6 +19,8 @@ case "$tree" in
     win64)  dir=build-win64; args=(-DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-x86_64.cmake"
                                    -DCMAKE_CROSSCOMPILING_EMULATOR="$root/scripts/wine-run.sh") ;;
     win32)  dir=build-win32; args=(-DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-i686.cmake") ;;
+    fuzz)   dir=build-fuzz;  args=(-DCMAKE_CXX_COMPILER=clang++ -DDCF_BUILD_FUZZ=ON
+                                   -DDCF_BUILD_TESTS=OFF) ;;
     *) echo "unknown tree: $tree" >&2; exit 2 ;;
 esac
 

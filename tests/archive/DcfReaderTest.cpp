@@ -11,6 +11,7 @@
 
 #include "Common/DataCategory/CategoryContainer.h"
 #include "archive/ArchiveExtractRequest.h"
+#include "archive/ArchiveNames.h"
 #include "archive/FileFormatDCF.h"
 #include "archive/FileFormatSFX.h"
 #include "archive/SfxTrailer.h"
@@ -364,6 +365,30 @@ TEST_F(DcfReaderTest, NoWriteThroughALinkInTheTarget) {
         Extract(tests::BuildImage(ImageSettings{}, {u"\\d"}, {{u"\\d\\f", Bytes(3, 'x'), {}}})),
         FORMAT_TARGET_OPEN_FAILED);
     EXPECT_FALSE(fs::exists(folder_.Native() / "elsewhere" / "f"));
+}
+
+// An unpaired surrogate is no valid UTF-16, yet a name may hold one; the link test once threw for
+// it and ended the process.
+TEST_F(DcfReaderTest, NamesWithUnpairedSurrogatesExtractWhereThePlatformPutsThem) {
+    settings_ = DCCArchiveUserSettings();  // the recorder's callbacks print names as paths
+    const std::u16string folder = u"\\d\xD800";
+    const std::u16string file = folder + u"\\f\xDC00";
+    ASSERT_EQ(Extract(tests::BuildImage(ImageSettings{}, {folder}, {{file, Bytes(3, 'x'), {}}})),
+              FORMAT_OK);
+    EXPECT_TRUE(platform::PathExists(JoinArchiveName(request_.targetPath, file)));
+
+    // Where such a name becomes U+FFFD (UTF-8 file names), a link of that name is still seen.
+    if (platform::kPathSeparator != u'/') {
+        return;
+    }
+    ResetOut();
+    fs::create_directory(folder_.Native() / "elsewhere");
+    std::error_code error;
+    fs::create_directory_symlink(folder_.Native() / "elsewhere", Out() / "d\xEF\xBF\xBD", error);
+    ASSERT_FALSE(error);
+    EXPECT_EQ(Extract(tests::BuildImage(ImageSettings{}, {}, {{file, Bytes(3, 'x'), {}}})),
+              FORMAT_TARGET_OPEN_FAILED);
+    EXPECT_TRUE(fs::is_empty(folder_.Native() / "elsewhere"));
 }
 
 TEST_F(DcfReaderTest, ArchiveThatContainsItselfReplacesItAtTheEnd) {

@@ -121,13 +121,23 @@ void ArchiveSeeds(const fs::path& folder) {
     Write(folder / "self_extracting", Tagged(0x01, fuzz::SelfExtracting(valid)));
     Write(folder / "edits_none", Bytes{0x02});
     Write(folder / "edits_none_wrapped_skip_existing", Bytes{0x2E});
-    // Overwrite, record 2 (folder header), offset 0, one byte: format version 1.
-    Write(folder / "edits_legacy_version", Bytes{0x02, 0, 2, 0, 0, 1, 1});
-    // Overwrite, record 5 (first file header), offset 0: a size far beyond the stream.
+    // Records: 0 preamble, 1 key block, 2 folder header, 3 end of header, 4 names, 5 header of
+    // the first file, 6 its tag block, 7 to 12 its three chunks as length block and data, 13 the
+    // empty file's header, 14 the last file's header, 15 its tag block, 16 and 17 its chunk.
+    // Commands: op (0 overwrite, 2 erase, 3 cut), record, offset (2 bytes), length, payload.
+    // Format version 1 with its layout: no end of header, legacy streams.
+    Write(folder / "edits_legacy_version", Bytes{0x02, 0, 2, 0, 0, 1, 1, 2, 3, 0, 0, 16});
+    // Format version 2: no tag blocks either.
+    Write(folder / "edits_version_2",
+          Bytes{0x02, 0, 2, 0, 0, 1, 2, 2, 3, 0, 0, 16, 2, 6, 0, 0, 255, 2, 15, 0, 0, 255});
+    // A legacy stream far longer than the image.
+    Write(folder / "edits_legacy_large_size",
+          Bytes{0x02, 0, 2, 0, 0, 1, 1, 2, 3, 0, 0, 16, 0, 5, 0, 0, 8, 0, 0, 0, 0, 1, 0, 0, 0});
+    // A size far beyond the stream.
     Write(folder / "edits_large_size", Bytes{0x02, 0, 5, 0, 0, 8, 0, 0, 0, 0, 1, 0, 0, 0});
-    // Overwrite, record 7 (first length block): a chunk length of 0x5000.
+    // A chunk length of 1280 blocks, the first that a reader refuses.
     Write(folder / "edits_chunk_length", Bytes{0x02, 0, 7, 0, 0, 4, 0, 0x50, 0, 0});
-    // Cut inside record 8 (first chunk's data).
+    // The image cut inside the first chunk's data.
     Write(folder / "edits_cut", Bytes{0x03, 3, 8, 40, 0, 0});
 }
 

@@ -1,6 +1,8 @@
 // Hostile bytes as a category block, the form in which categories travel in an archive's
 // preamble and tag blocks. A block that reads must survive being written and read again: the
-// second container writes the same bytes as the first and prints the same debug text.
+// second container writes the same bytes as the first and prints the same debug text. (The
+// first writing may differ from the input: a bool byte above 1 and a string's terminator are
+// not kept.)
 
 #include <cstddef>
 #include <cstdint>

@@ -18,6 +18,7 @@
 #include <fstream>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "archive/ArchiveExtractRequest.h"
 #include "archive/ArchiveUserSettings.h"

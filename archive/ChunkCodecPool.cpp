@@ -15,29 +15,12 @@ unsigned DefaultCodecWorkers() {
 }
 
 ChunkCodecPool::ChunkCodecPool(ChunkCodec::Direction direction, unsigned workers) {
-    try {
+    for (unsigned i = 0; i < std::max(workers, 1u); ++i) {
         codecs_.push_back(std::make_unique<ChunkCodec>(direction));
-        threads_.reserve(workers);
-        for (unsigned i = 1; i < workers; ++i) {
-            codecs_.push_back(std::make_unique<ChunkCodec>(direction));
-            try {
-                threads_.emplace_back(&ChunkCodecPool::WorkerLoop, this, std::ref(*codecs_.back()));
-            } catch (const std::system_error&) {
-                codecs_.pop_back();
-                break;  // fewer threads give the same bytes, only later
-            }
-        }
-    } catch (...) {
-        StopWorkers();
-        throw;
     }
 }
 
 ChunkCodecPool::~ChunkCodecPool() {
-    StopWorkers();
-}
-
-void ChunkCodecPool::StopWorkers() {
     {
         const std::lock_guard lock(mutex_);
         stopping_ = true;
@@ -46,7 +29,18 @@ void ChunkCodecPool::StopWorkers() {
     for (std::thread& thread : threads_) {
         thread.join();
     }
-    threads_.clear();
+}
+
+void ChunkCodecPool::StartWorkers() {
+    threads_.reserve(codecs_.size() - 1);
+    started_ = true;
+    for (std::size_t i = 1; i < codecs_.size(); ++i) {
+        try {
+            threads_.emplace_back(&ChunkCodecPool::WorkerLoop, this, std::ref(*codecs_[i]));
+        } catch (const std::system_error&) {
+            break;  // fewer threads give the same bytes, only later
+        }
+    }
 }
 
 bool ChunkCodecPool::Ready() const {
@@ -92,12 +86,16 @@ void ChunkCodecPool::WorkerLoop(ChunkCodec& codec) {
 }
 
 void ChunkCodecPool::ForEach(std::size_t count, const Job& job) {
+    // A single chunk is not worth waking anyone for.
+    const bool shared = count > 1 && codecs_.size() > 1;
+    if (shared && !started_) {
+        StartWorkers();
+    }
     std::unique_lock lock(mutex_);
     job_ = &job;
     count_ = count;
     next_ = 0;
-    // A single chunk is not worth waking anyone for.
-    if (count > 1 && !threads_.empty()) {
+    if (shared && !threads_.empty()) {
         busy_ = threads_.size();
         ++batch_;
         wake_.notify_all();

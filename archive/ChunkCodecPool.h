@@ -19,12 +19,15 @@
 unsigned DefaultCodecWorkers();
 
 // `workers` zlib streams of one direction, and a thread for each but the first: the caller of
-// ForEach is a worker too. The threads live as long as the pool. Only one thread may use a pool.
+// ForEach is a worker too. The threads start at the first batch of more than one chunk, so that
+// a run of small files starts none, and live as long as the pool. Only one thread may use a
+// pool.
 class ChunkCodecPool {
 public:
     using Job = std::function<void(ChunkCodec& codec, std::size_t index)>;
 
     // At least one worker. Should the system refuse a thread, the pool works with those it has.
+    // The streams are set up here, the threads later.
     ChunkCodecPool(ChunkCodec::Direction direction, unsigned workers);
     ~ChunkCodecPool();
     ChunkCodecPool(const ChunkCodecPool&) = delete;
@@ -32,7 +35,7 @@ public:
 
     // False when zlib could not set up a stream.
     bool Ready() const;
-    // The threads that share a batch, the caller's included.
+    // The threads that share a batch, the caller's included: 1 until the threads start.
     std::size_t Threads() const { return threads_.size() + 1; }
 
     // Calls `job` once for each index below `count`, spread over the workers, and returns when
@@ -41,13 +44,14 @@ public:
     void ForEach(std::size_t count, const Job& job);
 
 private:
-    void StopWorkers();
+    void StartWorkers();
     void WorkerLoop(ChunkCodec& codec);
     // Claims indices of the current batch and runs them until none is left.
     void RunShare(ChunkCodec& codec, std::unique_lock<std::mutex>& lock);
 
     std::vector<std::unique_ptr<ChunkCodec>> codecs_;
     std::vector<std::thread> threads_;
+    bool started_ = false;
 
     // All below under mutex_.
     std::mutex mutex_;

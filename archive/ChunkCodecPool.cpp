@@ -50,16 +50,24 @@ bool ChunkCodecPool::Ready() const {
 
 void ChunkCodecPool::RunShare(ChunkCodec& codec, std::unique_lock<std::mutex>& lock) {
     while (next_ < count_) {
-        const std::size_t index = next_++;
+        // A share shrinks with what is left, so that the lock is taken a few times per batch,
+        // not once per chunk, and the last shares still spread over the threads.
+        const std::size_t first = next_;
+        const std::size_t share = std::max<std::size_t>(1, (count_ - first) / (2 * Threads()));
+        next_ += share;
+        ++running_;
         const Job& job = *job_;
         std::exception_ptr caught;
         lock.unlock();
         try {
-            job(codec, index);
+            for (std::size_t index = first; index < first + share; ++index) {
+                job(codec, index);
+            }
         } catch (...) {
             caught = std::current_exception();
         }
         lock.lock();
+        --running_;
         if (caught) {
             if (!failure_) {
                 failure_ = caught;
@@ -70,16 +78,14 @@ void ChunkCodecPool::RunShare(ChunkCodec& codec, std::unique_lock<std::mutex>& l
 }
 
 void ChunkCodecPool::WorkerLoop(ChunkCodec& codec) {
-    std::uint64_t seen = 0;
     std::unique_lock lock(mutex_);
     for (;;) {
-        wake_.wait(lock, [&] { return stopping_ || batch_ != seen; });
+        wake_.wait(lock, [&] { return stopping_ || next_ < count_; });
         if (stopping_) {
             return;
         }
-        seen = batch_;
         RunShare(codec, lock);
-        if (--busy_ == 0) {
+        if (running_ == 0) {
             done_.notify_one();
         }
     }
@@ -95,15 +101,16 @@ void ChunkCodecPool::ForEach(std::size_t count, const Job& job) {
     job_ = &job;
     count_ = count;
     next_ = 0;
-    if (shared && !threads_.empty()) {
-        busy_ = threads_.size();
-        ++batch_;
+    if (shared) {
         wake_.notify_all();
     }
     RunShare(*codecs_.front(), lock);
-    done_.wait(lock, [&] { return busy_ == 0; });
+    // Only calls under way are waited for: a worker that wakes late finds nothing left, and
+    // the caller does not wait for it.
+    done_.wait(lock, [&] { return running_ == 0; });
     job_ = nullptr;
     count_ = 0;
+    next_ = 0;
     if (failure_) {
         std::rethrow_exception(std::exchange(failure_, nullptr));
     }

@@ -55,13 +55,12 @@ private:
 
     // All below under mutex_.
     std::mutex mutex_;
-    std::condition_variable wake_;  // workers: a batch or the end
-    std::condition_variable done_;  // the caller: every worker through the batch
+    std::condition_variable wake_;  // workers: indices to claim, or the end
+    std::condition_variable done_;  // the caller: no call under way
     const Job* job_ = nullptr;
     std::size_t count_ = 0;
     std::size_t next_ = 0;
-    std::uint64_t batch_ = 0;
-    std::size_t busy_ = 0;
+    std::size_t running_ = 0;  // calls claimed and not yet returned
     bool stopping_ = false;
     std::exception_ptr failure_;
 };

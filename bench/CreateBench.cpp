@@ -1,7 +1,7 @@
 // Writing archives: the fixed cost of sealing a key block (two forced slow polls of the random
 // pool, the key derivation, the RSA slot), and the data stream of a file, compressible or not,
 // piece by piece through deflate on one or two workers and the chunk chain into a discarding
-// target.
+// target, and that stream read back with one or two inflate workers.
 #include <benchmark/benchmark.h>
 
 #include <array>
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "archive/BufferedIo.h"
+#include "archive/DataStream.h"
 #include "archive/DataStreamWriter.h"
 #include "archive/KeyBlockSealing.h"
 #include "crypto/RandomPool.h"
@@ -104,6 +105,47 @@ BENCHMARK_CAPTURE(DataStream, random, false)
     ->Arg(2)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
+
+// The compressible stream written once, then read back (inflated, its bytes dropped) by a reader
+// with the given number of inflate workers.
+void ReadBack(benchmark::State& state) {
+    const std::size_t size = 32u << 20;
+    KeyContextPtr keys = AllocateKeyContext();
+    std::array<std::uint8_t, 256> keyArea{};
+    keyArea.fill(0x5A);
+    LoadKeys(*keys, 1, keyArea);
+    const fs::path stream = fs::temp_directory_path() / "dcf-create-bench-stream";
+    DCCArchiveUserSettings settings;
+    {
+        platform::File sink;
+        platform::File file;
+        if (sink.Open(stream.u16string(), platform::OpenMode::CreateAlways) !=
+                platform::kErrorSuccess ||
+            file.Open(SourceFile(true, size).u16string(), platform::OpenMode::Read) !=
+                platform::kErrorSuccess) {
+            state.SkipWithError("no stream file");
+            return;
+        }
+        BufferedWriter target(sink);
+        DataStreamWriter writer(target, *keys, settings, size, 2);
+        if (writer.WriteDataStream(file, size, 0) != FORMAT_OK || !target.Flush()) {
+            state.SkipWithError("the stream failed");
+            return;
+        }
+    }
+    for (auto _ : state) {
+        platform::File file;
+        file.Open(stream.u16string(), platform::OpenMode::Read);
+        BufferedReader source(file);
+        DataStreamReader reader(source, *keys, settings, size,
+                                static_cast<unsigned>(state.range(0)));
+        if (reader.ReadDataStream(nullptr, size, 0, true) != FORMAT_OK) {
+            state.SkipWithError("reading failed");
+        }
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * size));
+}
+BENCHMARK(ReadBack)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Creating an archive of a folder that holds a compressible file and a random one, by
-# `dcf create` (one thread) against `gzip -6` of the same bytes (no encryption) and
+# `dcf create` (deflating on as many workers as it takes, up to 4) against `gzip -6` of the same bytes (no encryption) and
 # `7zz a -tzip -mem=AES256 -mx=5` of the same folder. Prints wall time, throughput and peak
 # resident memory, and the CPU time (user + system, all threads), the median of REPEAT runs each (7zz runs once unless REPEAT_7ZIP says more).
 #

@@ -12,6 +12,11 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 tree=${1:?usage: scripts/build.sh native|asan|tsan|win64|win32|fuzz [targets...]}
 shift
 
+# Paths under the tree are hashed relative to it, so a clone at another path (CI's) hits the cache.
+export CCACHE_BASEDIR="$root"
+export CCACHE_MAXSIZE=${CCACHE_MAXSIZE:-25G}
+export CCACHE_NOHASHDIR=1
+
 case "$tree" in
     native) dir=build;       args=() ;;
     asan)   dir=build-asan;  args=(-DDCF_SANITIZE=address,undefined) ;;

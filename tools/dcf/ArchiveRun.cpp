@@ -8,14 +8,17 @@ namespace dcf {
 
 ArchiveRun::ArchiveRun(bool showProgress)
     : progress_(showProgress && platform::IsInteractiveTerminal()) {
-    platform::CatchInterrupts();
+    // Ctrl-C, SIGTERM and SIGHUP cancel the run, which then cleans up after itself.
+    platform::CatchInterrupts(&cancel_);
     settings.cancelFlag = &cancel_;
     settings.onProgress = OnProgress;
-    settings.onFileWriting = OnFileWriting;
-    for (const std::uint32_t id :
-         {CALLBACK_PROGRESS, CALLBACK_FILE_EXISTS, CALLBACK_FILE_WRITING}) {
+    for (const std::uint32_t id : {CALLBACK_PROGRESS, CALLBACK_FILE_EXISTS}) {
         settings.callbackContexts[id] = this;
     }
+}
+
+ArchiveRun::~ArchiveRun() {
+    platform::CatchInterrupts();
 }
 
 void ArchiveRun::AskBeforeReplacing() {
@@ -24,20 +27,9 @@ void ArchiveRun::AskBeforeReplacing() {
     }
 }
 
-void ArchiveRun::PollInterrupt() {
-    if (platform::TakeInterrupt()) {
-        cancel_ = 1;
-    }
-}
-
 void ArchiveRun::OnProgress(std::uint32_t percent, void* context) {
     auto& run = *static_cast<ArchiveRun*>(context);
-    run.PollInterrupt();
     run.progress_.Update(percent, run.report.totalSize);
-}
-
-void ArchiveRun::OnFileWriting(const std::u16string*, bool, void* context) {
-    static_cast<ArchiveRun*>(context)->PollInterrupt();
 }
 
 OverwriteMode ArchiveRun::OnFileExists(const std::u16string* path, bool*, void* context) {

@@ -183,6 +183,7 @@ void RunCreate(const CreateOptions& options) {
         FailWith(kCommand, "--stub goes with --sfx", kExitUsage);
     }
     ArchiveWriteRequest request;
+    request.replaceWhenComplete = true;  // nothing is lost to a failure or an interrupt
     SourceListing listing = ListSources(kCommand, options.paths, options.quiet);
     if (!options.categories.empty()) {
         ApplyCategoryManifest(kCommand, options.categories, listing);

@@ -3,6 +3,7 @@
 #include "platform/Terminal.h"
 #include "platform/Text.h"
 #include "tools/dcf/ReplaceQuestion.h"
+#include "tools/dcf/ToolOutput.h"
 
 namespace dcf {
 
@@ -63,7 +64,7 @@ std::string ArchiveRun::WhereItStopped() const {
     if (report.entries.empty()) {
         return "in the first file header";
     }
-    const std::string last = DisplayName(report.entries.back().name);
+    const std::string last = Printable(DisplayName(report.entries.back().name));
     if (report.entriesDone == report.entries.size()) {
         return "in the file header behind entry " + last;
     }

@@ -81,7 +81,8 @@ void RunExtract(const ExtractOptions& options) {
     if (result == FORMAT_TARGET_OPEN_FAILED && !run.report.entries.empty()) {
         FailWith(command,
                  options.archive + ": cannot create " + options.directory + "/" +
-                     DisplayName(run.report.entries.back().name) + ": " + TargetFailure(run.report),
+                     Printable(DisplayName(run.report.entries.back().name)) + ": " +
+                     TargetFailure(run.report),
                  kExitIo);
     }
     if (result == FORMAT_FAILED || result == FORMAT_TARGET_OPEN_FAILED ||

@@ -10,6 +10,7 @@
 #include "tools/dcf/ArchiveSource.h"
 #include "tools/dcf/Commands.h"
 #include "tools/dcf/JsonText.h"
+#include "tools/dcf/ToolOutput.h"
 
 namespace dcf {
 
@@ -60,7 +61,7 @@ void RunInfo(const InfoOptions& options) {
     }
     std::cout << categories.Categories.size() << '\n';
     for (const auto& category : categories.Categories) {
-        std::cout << "  " << platform::Utf16ToUtf8(category.DebugLog()) << '\n';
+        std::cout << "  " << Printable(platform::Utf16ToUtf8(category.DebugLog())) << '\n';
     }
 }
 

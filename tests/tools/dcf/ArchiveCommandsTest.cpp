@@ -131,6 +131,22 @@ TEST_F(ArchiveCommandsTest, ListAndTestReadEveryEntryAndWriteNothing) {
     ExpectOneLine(failed, "test", "damaged.dcf (in entry d/a)");
 }
 
+// A name may hold terminal controls: the lines of list show them escaped, as bsdtar does; JSON
+// has its own escapes.
+TEST_F(ArchiveCommandsTest, ListEscapesControlCharactersOfNames) {
+    const std::u16string name = u"\\\x1b]0;title\x07\u009b2J\u00e9\ttab";
+    WriteAll(Path("controls.dcf"),
+             tests::BuildImage(tests::ImageSettings{}, {}, {{name, Bytes(1, 'c'), {}}}));
+    const Outcome plain = Dcf("list controls.dcf" + WithPassword());
+    ASSERT_EQ(plain.code, 0) << plain.err;
+    EXPECT_EQ(plain.out, "          1 \\033]0;title\\a\\302\\2332J\xC3\xA9\\ttab\n");
+    const Outcome json = Dcf("list --json controls.dcf" + WithPassword());
+    ASSERT_EQ(json.code, 0) << json.err;
+    EXPECT_EQ(nlohmann::json::parse(json.out)["files"][0]["name"],
+              "\x1b]0;title\x07\xC2\x9B"
+              "2J\xC3\xA9\ttab");
+}
+
 TEST_F(ArchiveCommandsTest, PasswordSources) {
     // The first line of the file counts, without its line end, whatever the line end is.
     for (const std::string text : {"secret", "secret\r\nsecond line", "secret\nsecond line"}) {

@@ -129,6 +129,12 @@ TEST_F(CreateCommandTest, ArgumentsThatCannotMakeAnArchiveAreRefusedInOneLine) {
     const Outcome badKey = Dcf("create a data/reports --no-password --recipient bad.pubkey");
     EXPECT_EQ(badKey.code, kBadKey);
     ExpectOneLine(badKey, "create", "not a public key");
+    // 1024 digits that are no usable key: all ones has the factor 3.
+    WriteAll(Path("ones.pubkey"), std::string(1024, 'f') + "\n");
+    const Outcome degenerate = Dcf("create a data/reports --no-password --recipient ones.pubkey");
+    EXPECT_EQ(degenerate.code, kBadKey);
+    ExpectOneLine(degenerate, "create",
+                  "ones.pubkey: not a usable public key: the modulus has the small factor 3");
     EXPECT_EQ(Dcf("create a data/reports --password-file password --stub s").code, kUsage);
     const Outcome noStub = Dcf("create a data/reports --password-file password --sfx --stub s");
     EXPECT_EQ(noStub.code, kIo);

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "Common/Common/SecureBuffer.h"
 #include "crypto/SecurityKey.h"
 
 struct ArchiveExtractRequest {
@@ -11,7 +12,7 @@ struct ArchiveExtractRequest {
     bool keyGiven = false;      // a note for the caller: extraction goes by what the key holds
     Zelmarik::DCCSecurityKey securityKey;
     bool passwordGiven = false;  // a note for the caller: extraction goes by what password holds
-    std::u16string password;     // each character is narrowed to its low byte before use
+    Zelmarik::SecureU16String password;  // each character is narrowed to its low byte before use
     // An entry that is the source file itself is written beside it and takes its place at the
     // end of the run, unasked: the self-extracting file that carries a newer version of itself.
     // Without this the source is never replaced, whatever the entry is called.

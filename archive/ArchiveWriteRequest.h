@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "Common/Common/SecureBuffer.h"
 #include "Common/DataCategory/CategoryContainer.h"
 #include "crypto/SecurityKey.h"
 
@@ -28,8 +29,8 @@ struct ArchiveWriteRequest {
     std::vector<ArchiveWriteItem> items;
     bool sealForKey = false;  // the archive gets an RSA slot for securityKey
     Zelmarik::DCCSecurityKey securityKey;
-    bool passwordGiven = false;  // password counts even when it is empty
-    std::u16string password;     // each character is narrowed to its low byte
+    bool passwordGiven = false;          // password counts even when it is empty
+    Zelmarik::SecureU16String password;  // each character is narrowed to its low byte
     // An old archive stays until the new one is complete, which then takes its place in one
     // step: a failed or interrupted write leaves it as it was. Without this it is deleted first.
     bool replaceWhenComplete = false;

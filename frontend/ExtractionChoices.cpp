@@ -3,8 +3,7 @@
 #include "frontend/ExtractionParameters.h"
 #include "platform/File.h"
 
-CredentialsOutcome AcceptCredentials(const std::u16string& keyPath,
-                                     const std::u16string& password) {
+CredentialsOutcome AcceptCredentials(const std::u16string& keyPath, std::u16string_view password) {
     CExtractionParameters& parameters = ExtractionParameters;
     if (!keyPath.empty()) {
         if (parameters.securityKey.PrivateFromFile(keyPath.c_str()) != 0) {
@@ -17,7 +16,7 @@ CredentialsOutcome AcceptCredentials(const std::u16string& keyPath,
     if (!password.empty()) {
         parameters.passwordGiven = true;
         parameters.keyGiven = false;
-        parameters.password = password;
+        parameters.password.Assign(password);
         return CredentialsOutcome::Accepted;
     }
     return CredentialsOutcome::NothingGiven;

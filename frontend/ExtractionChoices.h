@@ -3,6 +3,7 @@
 // and settle the target folder. Shared by the dialog and the terminal.
 
 #include <string>
+#include <string_view>
 
 enum class CredentialsOutcome {
     Accepted,       // ExtractionParameters holds the key or the password
@@ -11,7 +12,8 @@ enum class CredentialsOutcome {
 };
 
 // A key path is tried first and, when given, the password is not looked at.
-CredentialsOutcome AcceptCredentials(const std::u16string& keyPath, const std::u16string& password);
+// The password goes into ExtractionParameters' wiping string; the caller wipes its own copy.
+CredentialsOutcome AcceptCredentials(const std::u16string& keyPath, std::u16string_view password);
 
 // The folder an archive extracts into: a subfolder of `target` named after the running
 // archive (its file name up to the last dot), with a final separator. A target is a parent

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "Common/Common/SecureBuffer.h"
 #include "crypto/SecurityKey.h"
 
 struct CExtractionParameters {
@@ -12,7 +13,7 @@ struct CExtractionParameters {
     bool keyGiven = false;       // securityKey holds a private key that loaded without error
     std::u16string sourcePath;
     std::u16string targetPath;
-    std::u16string password;
+    Zelmarik::SecureU16String password;
     Zelmarik::DCCSecurityKey securityKey;
 };
 

@@ -3,7 +3,9 @@
 // instead of the end of the process, the width for a progress line.
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 namespace platform {
@@ -15,6 +17,11 @@ bool IsInteractiveTerminal();
 // characters are not shown. False at the end of input, or when Ctrl-C is pressed while it waits
 // (on any thread: a prompt of a worker thread ends too).
 bool ReadTerminalLine(std::string& line, bool echo);
+
+// Reads one line of a secret from standard input, terminal or not, without echo and without
+// any buffer but `line`: nothing of it is left behind. Characters beyond the capacity are read
+// and dropped; `length` then equals the capacity. False as ReadTerminalLine.
+bool ReadSecretLine(std::span<char> line, std::size_t& length);
 
 // From now on Ctrl-C, and the requests to end that SIGTERM and SIGHUP bring, are noted instead
 // of ending the process, so that work in progress can stop in order and clean up. Each one also

@@ -9,6 +9,8 @@
 namespace platform {
 
 std::string Utf16ToUtf8(std::u16string_view text);
+// The result is sized once for the longest outcome and never moves while it grows, so that no
+// copy of a secret text is left in freed memory.
 std::u16string Utf8ToUtf16(std::string_view text);
 
 }  // namespace platform

@@ -6,6 +6,7 @@
 #include "crypto/rsa/Limbs.h"
 #include "crypto/rsa/NumberTheory.h"
 #include "crypto/rsa/PrivatePower.h"
+#include "platform/SecureMemory.h"
 
 namespace Zelmarik {
 
@@ -77,8 +78,10 @@ int NumberModExp(std::uint32_t* result, const std::uint32_t* base, const std::ui
     }
 }
 
-int RsaOpenBlock(const std::uint32_t* block, std::uint32_t* plain, const std::uint32_t* prime1,
-                 const std::uint32_t* prime2) {
+namespace {
+
+[[gnu::noinline]] int OpenBlock(const std::uint32_t* block, std::uint32_t* plain,
+                                const std::uint32_t* prime1, const std::uint32_t* prime2) {
     if (block == nullptr || plain == nullptr) {
         return kRsaNullBuffer;
     }
@@ -110,6 +113,15 @@ int RsaOpenBlock(const std::uint32_t* block, std::uint32_t* plain, const std::ui
     } catch (const std::bad_alloc&) {
         return kRsaNoScratch;
     }
+}
+
+}  // namespace
+
+int RsaOpenBlock(const std::uint32_t* block, std::uint32_t* plain, const std::uint32_t* prime1,
+                 const std::uint32_t* prime2) {
+    const int result = OpenBlock(block, plain, prime1, prime2);
+    platform::WipeStackBelow();  // the arithmetic leaves pieces of the primes on the stack
+    return result;
 }
 
 }  // namespace Zelmarik

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <thread>
 
+#include "Common/Common/SecureBuffer.h"
 #include "archive/FileFormatSFX.h"
 #include "frontend/ExtractionChoices.h"
 #include "frontend/ExtractionDriver.h"
@@ -24,16 +25,34 @@ void Print(std::string_view text) {
     platform::WriteStandardOutput(text);
 }
 
+// The end of a prompt that the user ended or left with Ctrl-C.
+bool Abandoned() {
+    platform::TakeInterrupt();
+    Print("\n");
+    return false;
+}
+
 // Asks one question; false when the user ended the input or pressed Ctrl-C.
-bool Prompt(std::string_view question, std::u16string& answer, bool echo = true) {
+bool Prompt(std::string_view question, std::u16string& answer) {
     Print(question);
     std::string line;
-    if (!platform::ReadTerminalLine(line, echo)) {
-        platform::TakeInterrupt();
-        Print("\n");
-        return false;
+    if (!platform::ReadTerminalLine(line, true)) {
+        return Abandoned();
     }
     answer = platform::Utf8ToUtf16(line);
+    return true;
+}
+
+// Asks for a secret without echo, into wiping memory only; the longest line taken is a
+// kilobyte, more than any password the archive can hold.
+bool PromptSecret(std::string_view question, Zelmarik::SecureU16String& answer) {
+    Print(question);
+    Zelmarik::SecureVector<char> line(1024);
+    std::size_t length = 0;
+    if (!platform::ReadSecretLine(line, length)) {
+        return Abandoned();
+    }
+    answer = Zelmarik::SecureUtf16FromUtf8(std::string_view(line.data(), length));
     return true;
 }
 
@@ -69,11 +88,11 @@ bool CTerminalFrontEnd::AskForExtraction() {
             target_ = target;
         }
         std::u16string keyPath;
-        std::u16string password;
+        Zelmarik::SecureU16String password;
         if (!Prompt("Private key (empty for a password): ", keyPath)) {
             return false;
         }
-        if (keyPath.empty() && !Prompt("Password: ", password, false)) {
+        if (keyPath.empty() && !PromptSecret("Password: ", password)) {
             return false;
         }
         const CredentialsOutcome outcome = AcceptCredentials(keyPath, password);

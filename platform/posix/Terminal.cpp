@@ -77,14 +77,21 @@ bool IsInteractiveTerminal() {
     return ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
 }
 
-bool ReadTerminalLine(std::string& line, bool echo) {
-    line.clear();
+namespace {
+
+// Reads a line from standard input a byte at a time, handing each byte but the line end to
+// `keep`; the line end goes, and a CR before it. False at the end of input with nothing read,
+// or at Ctrl-C.
+template <typename Keep>
+bool ReadLine(bool echo, Keep keep) {
     std::optional<EchoOff> quiet;
     if (!echo) {
         quiet.emplace();
     }
     // Presses not yet taken count too: Ctrl-C between a prompt and this read ends it as well.
     const unsigned seen = interruptsTaken.load();
+    bool any = false;
+    char pending = 0;  // a CR, held back until we know whether a line end follows
     for (;;) {
         if (!WaitForInput(seen)) {
             return false;  // Ctrl-C: the caller takes the interrupt
@@ -95,16 +102,38 @@ bool ReadTerminalLine(std::string& line, bool echo) {
             continue;  // WaitForInput tells whether it was Ctrl-C
         }
         if (n <= 0) {
-            return !line.empty();
+            return any;
         }
+        any = true;
         if (c == '\n') {
-            if (!line.empty() && line.back() == '\r') {
-                line.pop_back();
-            }
             return true;
         }
-        line.push_back(c);
+        if (pending != 0) {
+            keep(pending);
+            pending = 0;
+        }
+        if (c == '\r') {
+            pending = c;
+        } else {
+            keep(c);
+        }
     }
+}
+
+}  // namespace
+
+bool ReadTerminalLine(std::string& line, bool echo) {
+    line.clear();
+    return ReadLine(echo, [&line](char c) { line.push_back(c); });
+}
+
+bool ReadSecretLine(std::span<char> line, std::size_t& length) {
+    length = 0;
+    return ReadLine(false, [&](char c) {
+        if (length < line.size()) {
+            line[length++] = c;
+        }
+    });
 }
 
 void CatchInterrupts(std::atomic<std::uint8_t>* cancel) {

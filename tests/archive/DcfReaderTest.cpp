@@ -564,7 +564,7 @@ std::array<std::uint32_t, Zelmarik::kRsaNumberWords>* DcfReaderKeyTest::modulus_
 TEST_F(DcfReaderKeyTest, PrivateKeyRouteWithKeyBlockVersionsAndSuites) {
     const Bytes content = tests::Noise(3000, 41);
     request_.securityKey = *key_;
-    request_.password.clear();
+    request_.password.Clear();
     // Version 3 moves the master key area in the message, version 1 does not; a cascade of
     // mode 2 is only reachable through the suite id of the key block.
     for (const auto& [version, suite] :
@@ -584,7 +584,7 @@ TEST_F(DcfReaderKeyTest, PasswordTakesPrecedenceAndZeroNumbersMeanNoKey) {
     request_.password = u"secret";
     EXPECT_EQ(Extract(image), FORMAT_OK);
 
-    request_.password.clear();
+    request_.password.Clear();
     request_.securityKey.PrivateKey->Numbers[3].fill(0);
     EXPECT_EQ(Extract(image), FORMAT_BAD_KEY);
     request_.securityKey = *key_;
@@ -602,7 +602,7 @@ TEST_F(DcfReaderKeyTest, SuiteNamedByTheKeyBlockDecides) {
     // By the RSA slot the suite id of the key block is taken as it stands: an empty row fails
     // the opening; another suite than the one in force opens keys that read no folder header.
     request_.securityKey = *key_;
-    request_.password.clear();
+    request_.password.Clear();
     ImageSettings settings;
     settings.modulus = modulus_->data();
     for (const auto& [declared, expected] :

@@ -235,7 +235,7 @@ TEST_F(WriteArchiveOutcomesTest, RandomPoolThatFailsToStartEndsTheWriteBeforeAny
         // The key block needs the pool with a password; without one the password needs it first.
         EXPECT_EQ(Write(), FORMAT_OUTPUT_WRITE_FAILED);
         EXPECT_TRUE(LeftInFolder().empty());
-        request_.password.clear();
+        request_.password.Clear();
         request_.passwordGiven = false;
         EXPECT_EQ(Write(), FORMAT_OUTPUT_WRITE_FAILED);
         EXPECT_TRUE(LeftInFolder().empty());

@@ -5,7 +5,6 @@
 
 #include "archive/SfxImage.h"
 #include "archive/SfxTrailer.h"
-#include "platform/SecureMemory.h"
 #include "platform/Terminal.h"
 #include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
@@ -13,26 +12,35 @@
 
 namespace dcf {
 
-std::string FirstLine(std::string text) {
-    const std::size_t end = text.find('\n');
-    if (end != std::string::npos) {
-        text.resize(end);
-    }
+namespace {
+
+// The first line of `text`, without its line end.
+std::string_view FirstLine(std::string_view text) {
+    text = text.substr(0, text.find('\n'));
     if (!text.empty() && text.back() == '\r') {
-        text.pop_back();
+        text.remove_suffix(1);
     }
     return text;
 }
 
-std::string ReadPasswordFile(const std::string& command, const std::string& path) {
+[[noreturn]] void FailTooLong(const std::string& command, const std::string& where) {
+    FailWith(command,
+             where + ": the password line is longer than " + std::to_string(kLongestPasswordLine) +
+                 " bytes",
+             kExitUsage);
+}
+
+}  // namespace
+
+Zelmarik::SecureU16String ReadPasswordFile(const std::string& command, const std::string& path) {
     platform::File file;
     std::uint64_t size = 0;
     platform::ErrorCode error = file.Open(PathFromArgument(path), platform::OpenMode::Read);
     if (error == platform::kErrorSuccess) {
         error = file.Size(size);
     }
-    constexpr std::uint64_t kLongestLine = 64 * 1024;  // far more than a password needs
-    std::string text(static_cast<std::size_t>(std::min(size, kLongestLine)), '\0');
+    constexpr std::uint64_t kLongestFile = 64 * 1024;  // far more than a password needs
+    Zelmarik::SecureVector<char> text(static_cast<std::size_t>(std::min(size, kLongestFile)));
     std::size_t got = 0;
     if (error == platform::kErrorSuccess) {
         error = file.Read(text.data(), text.size(), got);
@@ -40,8 +48,31 @@ std::string ReadPasswordFile(const std::string& command, const std::string& path
     if (error != platform::kErrorSuccess) {
         FailWith(command, path + ": " + DescribeError(error), kExitIo);
     }
-    text.resize(got);
-    return FirstLine(std::move(text));
+    const std::string_view line = FirstLine(std::string_view(text.data(), got));
+    if (line.size() > kLongestPasswordLine) {
+        FailTooLong(command, path);
+    }
+    return Zelmarik::SecureUtf16FromUtf8(line);
+}
+
+std::optional<Zelmarik::SecureU16String> ReadPasswordLine(const std::string& command,
+                                                          const std::string& prompt) {
+    if (!prompt.empty()) {
+        std::cerr << prompt << std::flush;
+    }
+    Zelmarik::SecureVector<char> line(kLongestPasswordLine + 1);
+    std::size_t length = 0;
+    const bool read = platform::ReadSecretLine(line, length);
+    if (!prompt.empty()) {
+        std::cerr << '\n';
+    }
+    if (!read) {
+        return std::nullopt;
+    }
+    if (length > kLongestPasswordLine) {
+        FailTooLong(command, prompt.empty() ? "standard input" : "the terminal");
+    }
+    return Zelmarik::SecureUtf16FromUtf8(std::string_view(line.data(), length));
 }
 
 ImageSource OpenImage(const std::string& command, const std::string& path) {
@@ -89,7 +120,6 @@ void AddKeyOptions(CLI::App& command, KeyOptions& options) {
 
 void LoadKeys(const std::string& command, const std::string& archive, const KeyOptions& options,
               ArchiveExtractRequest& request) {
-    std::string password;
     if (!options.keyFile.empty()) {
         const std::uint32_t error =
             request.securityKey.PrivateFromFile(PathFromArgument(options.keyFile).c_str());
@@ -102,23 +132,18 @@ void LoadKeys(const std::string& command, const std::string& archive, const KeyO
         return;
     }
     if (!options.passwordFile.empty()) {
-        password = ReadPasswordFile(command, options.passwordFile);
-    } else if (options.passwordStdin) {
-        std::getline(std::cin, password);
-        password = FirstLine(password);
-    } else if (platform::IsInteractiveTerminal()) {
-        std::cerr << "Password for " << archive << ": " << std::flush;
-        const bool read = platform::ReadTerminalLine(password, false);
-        std::cerr << '\n';
-        if (!read) {
+        request.password = ReadPasswordFile(command, options.passwordFile);
+    } else if (options.passwordStdin || platform::IsInteractiveTerminal()) {
+        std::optional<Zelmarik::SecureU16String> line = ReadPasswordLine(
+            command, options.passwordStdin ? "" : "Password for " + archive + ": ");
+        if (!line) {
             FailWith(command, "no password entered", kExitCancelled);
         }
+        request.password = std::move(*line);
     } else {
         FailWith(command, "give --password-file, --password-stdin or --key", kExitUsage);
     }
-    request.password = platform::Utf8ToUtf16(password);
     request.passwordGiven = true;
-    platform::SecureWipe(password.data(), password.size());
 }
 
 }  // namespace dcf

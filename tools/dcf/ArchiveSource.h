@@ -5,7 +5,10 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdint>
+#include <optional>
 #include <string>
+
+#include "Common/Common/SecureBuffer.h"
 
 #include "archive/ArchiveExtractRequest.h"
 #include "platform/File.h"
@@ -25,8 +28,7 @@ struct ImageSource {
 ImageSource OpenImage(const std::string& command, const std::string& path);
 
 // The absolute form of a path argument, without "." and ".." and with links resolved as far as
-// it exists, so that the archive and the files under the target are compared in one spelling:
-// an archive that holds its own name must not be written while it is read.
+// it exists.
 std::u16string CanonicalPath(const std::string& argument);
 
 struct KeyOptions {
@@ -35,10 +37,17 @@ struct KeyOptions {
     std::string keyFile;
 };
 
-// The first line of `text`, without its line end.
-std::string FirstLine(std::string text);
-// The first line of a UTF-8 file; ends the command when the file can't be read.
-std::string ReadPasswordFile(const std::string& command, const std::string& path);
+// Where passwords are read: the longest line taken; a longer one is refused.
+inline constexpr std::size_t kLongestPasswordLine = 1024;
+
+// The first line of a UTF-8 file; ends the command when the file can't be read or the line is
+// longer than kLongestPasswordLine.
+Zelmarik::SecureU16String ReadPasswordFile(const std::string& command, const std::string& path);
+// One line of standard input or the terminal, without echo: `prompt` is shown first when it is
+// not empty. Nothing when the input ended or Ctrl-C was pressed; ends the command for a line
+// longer than kLongestPasswordLine.
+std::optional<Zelmarik::SecureU16String> ReadPasswordLine(const std::string& command,
+                                                          const std::string& prompt);
 
 void AddKeyOptions(CLI::App& command, KeyOptions& options);
 

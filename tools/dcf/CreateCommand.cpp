@@ -14,7 +14,6 @@
 #include "archive/FileFormatSFX.h"
 #include "crypto/Rsa.h"
 #include "platform/File.h"
-#include "platform/SecureMemory.h"
 #include "platform/Terminal.h"
 #include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
@@ -57,28 +56,20 @@ const std::map<std::string, OverwriteMode> kAnswers = {{"replace", OVERWRITE_REP
                                                        {"cancel", OVERWRITE_CANCEL}};
 
 // The password typed twice without echo; ends the command when the two differ.
-std::string AskNewPassword(const std::string& archive) {
-    std::string first;
-    std::string second;
-    std::cerr << "Password for " << archive << ": " << std::flush;
-    bool read = platform::ReadTerminalLine(first, false);
-    std::cerr << '\n';
-    if (read) {
-        std::cerr << "Repeat the password: " << std::flush;
-        read = platform::ReadTerminalLine(second, false);
-        std::cerr << '\n';
+Zelmarik::SecureU16String AskNewPassword(const std::string& archive) {
+    std::optional<Zelmarik::SecureU16String> first =
+        ReadPasswordLine(kCommand, "Password for " + archive + ": ");
+    std::optional<Zelmarik::SecureU16String> second;
+    if (first) {
+        second = ReadPasswordLine(kCommand, "Repeat the password: ");
     }
-    const bool same = first == second;
-    platform::SecureWipe(second.data(), second.size());
-    if (!read) {
-        platform::SecureWipe(first.data(), first.size());
+    if (!second) {
         FailWith(kCommand, "no password entered", kExitCancelled);
     }
-    if (!same) {
-        platform::SecureWipe(first.data(), first.size());
+    if (!(*first == *second)) {
         FailWith(kCommand, "the two passwords differ", kExitUsage);
     }
-    return first;
+    return std::move(*first);
 }
 
 void LoadPassword(const CreateOptions& options, ArchiveWriteRequest& request) {
@@ -89,20 +80,20 @@ void LoadPassword(const CreateOptions& options, ArchiveWriteRequest& request) {
         }
         return;
     }
-    std::string password;
     if (!options.passwordFile.empty()) {
-        password = ReadPasswordFile(kCommand, options.passwordFile);
+        request.password = ReadPasswordFile(kCommand, options.passwordFile);
     } else if (options.passwordStdin) {
-        std::getline(std::cin, password);
-        password = FirstLine(password);
+        std::optional<Zelmarik::SecureU16String> line = ReadPasswordLine(kCommand, "");
+        if (!line) {
+            FailWith(kCommand, "no password on standard input", kExitUsage);
+        }
+        request.password = std::move(*line);
     } else if (platform::IsInteractiveTerminal()) {
-        password = AskNewPassword(options.archive);
+        request.password = AskNewPassword(options.archive);
     } else {
         FailWith(kCommand, "give --password-file, --password-stdin or --no-password", kExitUsage);
     }
-    request.password = platform::Utf8ToUtf16(password);
     request.passwordGiven = true;
-    platform::SecureWipe(password.data(), password.size());
     if (!dcf::PasswordBytes(request.password)) {
         FailWith(kCommand, "the password is longer than 64 bytes", kExitUsage);
     }

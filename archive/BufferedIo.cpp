@@ -4,11 +4,11 @@
 #include <cstring>
 
 BufferedReader::BufferedReader(platform::File& file, std::size_t capacity)
-    : file_(file), buffer_(capacity) {}
+    : file_(file), buffer_(new std::uint8_t[capacity]), capacity_(capacity) {}
 
 bool BufferedReader::Refill() {
     std::size_t got = 0;
-    if (file_.Read(buffer_.data(), buffer_.size(), got) != platform::kErrorSuccess || got == 0) {
+    if (file_.Read(buffer_.get(), capacity_, got) != platform::kErrorSuccess || got == 0) {
         return false;
     }
     begin_ = 0;
@@ -24,7 +24,7 @@ bool BufferedReader::Read(std::span<std::uint8_t> out) {
             break;
         }
         const std::size_t take = std::min(out.size() - done, end_ - begin_);
-        std::memcpy(out.data() + done, buffer_.data() + begin_, take);
+        std::memcpy(out.data() + done, buffer_.get() + begin_, take);
         begin_ += take;
         done += take;
     }
@@ -42,7 +42,7 @@ std::uint64_t BufferedReader::Remaining() {
 }
 
 BufferedWriter::BufferedWriter(platform::File& file, std::size_t capacity)
-    : file_(file), buffer_(capacity) {}
+    : file_(file), buffer_(new std::uint8_t[capacity]), capacity_(capacity) {}
 
 BufferedWriter::~BufferedWriter() {
     Flush();
@@ -55,23 +55,23 @@ bool BufferedWriter::Write(std::span<const std::uint8_t> data) {
     if (data.empty()) {
         return true;
     }
-    if (used_ + data.size() > buffer_.size()) {
+    if (used_ + data.size() > capacity_) {
         if (!Flush()) {
             return false;
         }
-        if (data.size() >= buffer_.size()) {
+        if (data.size() >= capacity_) {
             failed_ = file_.Write(data.data(), data.size()) != platform::kErrorSuccess;
             return !failed_;
         }
     }
-    std::memcpy(buffer_.data() + used_, data.data(), data.size());
+    std::memcpy(buffer_.get() + used_, data.data(), data.size());
     used_ += data.size();
     return true;
 }
 
 bool BufferedWriter::Flush() {
     if (!failed_ && used_ != 0) {
-        failed_ = file_.Write(buffer_.data(), used_) != platform::kErrorSuccess;
+        failed_ = file_.Write(buffer_.get(), used_) != platform::kErrorSuccess;
         used_ = 0;
     }
     return !failed_;

@@ -1,11 +1,12 @@
 #pragma once
 // Large-block buffering over platform::File, so that the record and block reads of an image and
-// the writes of a target cost one system call per buffer, not one per cipher block.
+// the writes of a target cost one system call per buffer, not one per cipher block. The buffers
+// are not cleared when they are made: a small file touches only the pages it uses.
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
-#include <vector>
 
 #include "platform/File.h"
 
@@ -25,7 +26,8 @@ private:
     bool Refill();
 
     platform::File& file_;
-    std::vector<std::uint8_t> buffer_;
+    std::unique_ptr<std::uint8_t[]> buffer_;
+    std::size_t capacity_;
     std::size_t begin_ = 0;
     std::size_t end_ = 0;
     bool failed_ = false;
@@ -45,7 +47,8 @@ public:
 
 private:
     platform::File& file_;
-    std::vector<std::uint8_t> buffer_;
+    std::unique_ptr<std::uint8_t[]> buffer_;
+    std::size_t capacity_;
     std::size_t used_ = 0;
     bool failed_ = false;
 };

@@ -38,8 +38,8 @@ bool DataStreamReader::Prepare() {
             return false;
         }
         capacity_ = dcf::kMaxChunkBlocks * chain_->BlockSize();
-        inputs_.resize(kBatchChunks * capacity_);
-        outputs_.resize(kBatchChunks * capacity_);
+        inputs_.reset(new std::uint8_t[kBatchChunks * capacity_]);
+        outputs_.reset(new std::uint8_t[kBatchChunks * capacity_]);
         slots_.resize(kBatchChunks);
     }
     chain_->Restart();
@@ -47,11 +47,11 @@ bool DataStreamReader::Prepare() {
 }
 
 std::span<std::uint8_t> DataStreamReader::InputArea(std::size_t slot) {
-    return {inputs_.data() + slot * capacity_, capacity_};
+    return {inputs_.get() + slot * capacity_, capacity_};
 }
 
 std::span<std::uint8_t> DataStreamReader::OutputArea(std::size_t slot) {
-    return {outputs_.data() + slot * capacity_, capacity_};
+    return {outputs_.get() + slot * capacity_, capacity_};
 }
 
 bool DataStreamReader::ReadBlocks(std::span<std::uint8_t> area, std::size_t bytes) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -78,7 +79,7 @@ private:
     std::optional<crypto::ChunkChain> chain_;
     ChunkCodecPool inflaters_;
     std::size_t capacity_ = 0;
-    std::vector<std::uint8_t> inputs_;
-    std::vector<std::uint8_t> outputs_;
+    std::unique_ptr<std::uint8_t[]> inputs_;
+    std::unique_ptr<std::uint8_t[]> outputs_;
     std::vector<Slot> slots_;
 };

@@ -56,12 +56,39 @@ PlainHalf OpenBySlot(std::span<const std::uint8_t, dcf::kKeyBlockSize> keyBlock,
 
 // The password slot decrypted with the first suite that shows "FILE", which goes to `suite`.
 // Empty when no suite does.
+// The password key for the salt of `keyBlock`.
+bool DerivePasswordKey(std::span<const std::uint8_t, dcf::kKeyBlockSize> keyBlock,
+                       std::span<const std::uint8_t> password, std::span<std::uint8_t> derived) {
+    const auto salt = keyBlock.first(dcf::kSaltSize);
+#ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
+    // A fuzzer opens one key block thousands of times a second: the key of the last password
+    // and salt is kept. Never in a product build, where no key outlives its archive.
+    static SecureVector<std::uint8_t> lastInput;
+    static SecureVector<std::uint8_t> lastKey;
+    SecureVector<std::uint8_t> input(password.begin(), password.end());
+    input.insert(input.end(), salt.begin(), salt.end());
+    if (input == lastInput && lastKey.size() == derived.size()) {
+        std::copy(lastKey.begin(), lastKey.end(), derived.begin());
+        return true;
+    }
+    if (crypto::DeriveKey(crypto::HmacSha256, crypto::kSha256DigestSize, password, salt,
+                          dcf::kIterations, derived) != 0) {
+        return false;
+    }
+    lastInput = std::move(input);
+    lastKey.assign(derived.begin(), derived.end());
+    return true;
+#else
+    return crypto::DeriveKey(crypto::HmacSha256, crypto::kSha256DigestSize, password, salt,
+                             dcf::kIterations, derived) == 0;
+#endif
+}
+
 PlainHalf OpenByPassword(std::span<const std::uint8_t, dcf::kKeyBlockSize> keyBlock,
                          std::span<const std::uint8_t> password, KeyContext& context,
                          std::uint32_t& suite) {
     SecureVector<std::uint8_t> derived(dcf::kDerivedKeySize);
-    if (crypto::DeriveKey(crypto::HmacSha256, crypto::kSha256DigestSize, password,
-                          keyBlock.first(dcf::kSaltSize), dcf::kIterations, derived) != 0) {
+    if (!DerivePasswordKey(keyBlock, password, derived)) {
         return {};
     }
     const std::span<const std::uint8_t> passwordKey(derived);

@@ -307,6 +307,7 @@ FormatResult ArchiveBodyReader::WriteEntry(const RelativeName& where, platform::
         return written;
     }
     if (replacesSource) {
+        DropPendingReplacement();  // a second entry of the source's name: the last one counts
         pending_ = PendingReplacement{where, std::move(temporary)};
         return FORMAT_OK;
     }

@@ -245,6 +245,16 @@ TEST_F(DcfReaderTest, PendingReplacementOfTheArchiveItself) {
               openFilesDeletable ? replacement : badHeader);
     EXPECT_TRUE(strayTemporaries().empty());
 
+    // Two entries of the archive's name: the last takes its place, the first leaves nothing.
+    if (openFilesDeletable) {
+        const Bytes twice = tests::BuildImage(
+            ImageSettings{}, {},
+            {{u"\\archive.dcf", Bytes(5, '1'), {}}, {u"\\archive.dcf", replacement, {}}});
+        EXPECT_EQ(Extract(twice), FORMAT_OK);
+        EXPECT_EQ(ReadFile(folder_.Native() / "archive.dcf"), replacement);
+        EXPECT_TRUE(strayTemporaries().empty());
+    }
+
     // A run that ends directly leaves the archive as it is, and no temporary file.
     recorder_.cancelAfterFiles = 1;
     EXPECT_EQ(Extract(image), FORMAT_CANCELLED);

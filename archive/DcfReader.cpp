@@ -404,7 +404,10 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
 
     if (header->tagFlag != 0) {
         try {
-            Zelmarik::CTagger::WriteThrow(target.c_str(), categories, nullptr);
+            // Through the folder's handle: a folder swapped in meanwhile can't lead it away.
+            const std::u16string tagged =
+                tree_.PathOf(where.folder, replacesSource ? pending_->temporary : where.leaf);
+            Zelmarik::CTagger::WriteThrow(tagged.c_str(), categories, nullptr);
         } catch (const Zelmarik::TaggerException&) {
             // The file stays extracted without its categories.
         }

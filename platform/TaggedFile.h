@@ -7,7 +7,8 @@
 // opened through the native API; elsewhere it is the extended attribute "user.<stream name>" of
 // the file, and a file system without extended attributes behaves as a volume without streams:
 // the stream open fails with kErrorFileNotFound. There a file without any write permission bit
-// counts as read-only, and clearing the read-only state adds the owner's write bit.
+// counts as read-only, and clearing the read-only state adds the owner's write bit, and a link
+// at the path's last component is never followed: it is acted on itself or refused.
 //
 // Handles are kInvalidTagHandle after a failed open.
 

@@ -132,6 +132,7 @@ struct TargetTree::Chain {
     }
 
     ErrorCode openError = kErrorInvalidHandle;  // until Open succeeds
+    std::u16string root;                        // the target's path
     std::u16string path;                        // the folder last reached
     std::vector<Level> levels;                  // [0] is the target itself
     std::size_t firstHeld = 1;                  // levels from here down are open, and the target
@@ -145,6 +146,7 @@ ErrorCode TargetTree::Open(const std::u16string& root) {
     chain_->Truncate(0);
     Chain::Level target;
     const std::u16string path = root.empty() ? std::u16string(1, kPathSeparator) : root;
+    chain_->root = path;
     chain_->openError = tree::OpenRoot(path, target.handle, target.identity);
     if (chain_->openError == kErrorSuccess) {
         chain_->levels.push_back(target);
@@ -243,6 +245,24 @@ ErrorCode TargetTree::RemoveFile(std::u16string_view folder, const std::u16strin
         return error;
     }
     return tree::RemoveFile(handle, name);
+}
+
+std::u16string TargetTree::PathOf(std::u16string_view folder, const std::u16string& name) {
+    tree::Handle handle = tree::kNoHandle;
+    if (Reach(folder, handle) != kErrorSuccess) {
+        return {};
+    }
+    std::u16string path = tree::PathThrough(handle);
+    if (path.empty()) {
+        path = chain_->root;
+        if (path.back() != kPathSeparator) {
+            path += kPathSeparator;
+        }
+        if (!folder.empty()) {
+            path.append(folder).push_back(kPathSeparator);
+        }
+    }
+    return path + name;
 }
 
 }  // namespace platform

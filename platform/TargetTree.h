@@ -61,6 +61,11 @@ public:
                      const std::u16string& to);
     // Deletes the name `name` in `folder` if it is a file; never a folder.
     ErrorCode RemoveFile(std::u16string_view folder, const std::u16string& name);
+    // A path to `name` in `folder` for code that only takes paths: where the system can name an
+    // open folder (Linux: /proc/self/fd), through the handle, so that no folder swapped in on the
+    // way can lead it elsewhere; else the path under the target. Empty when `folder` can't be
+    // reached.
+    std::u16string PathOf(std::u16string_view folder, const std::u16string& name);
 
 private:
     struct Chain;

@@ -27,6 +27,10 @@ ErrorCode OpenFolder(Handle parent, const std::u16string& name, bool create, Han
 ErrorCode OpenParent(Handle folder, Handle& parent, FileIdentity& identity);
 void CloseFolder(Handle folder);
 
+// A path that reaches the open `folder` itself, with a final separator; empty where the system
+// has none.
+std::u16string PathThrough(Handle folder);
+
 ErrorCode MakeFolder(Handle parent, const std::u16string& name);
 ErrorCode Look(Handle folder, const std::u16string& name, EntryKind& kind, FileIdentity& identity);
 // A new file, opened for writing; kErrorFileExists when anything has that name.

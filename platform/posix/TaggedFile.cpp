@@ -137,7 +137,7 @@ mode_t ModeWithAttributes(mode_t mode, std::uint32_t attributes) {
 ErrorCode OpenTaggedFile(const std::u16string& path, TagHandle& handle) {
     handle = kInvalidTagHandle;
     const std::string native = NativePath(path);
-    int fd = ::open(native.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    int fd = ::open(native.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW);
     if (fd == 0) {  // 0 means "no handle" to the tagger
         const int moved = ::fcntl(fd, F_DUPFD_CLOEXEC, 1);
         ::close(fd);
@@ -192,7 +192,7 @@ ErrorCode RestoreFileStamps(TagHandle file, const FileStamps& stamps, std::uint3
 ErrorCode GetPathAttributes(const std::u16string& path, std::uint32_t& attributes) {
     attributes = kInvalidTagValue;
     struct stat info {};
-    if (::stat(NativePath(path).c_str(), &info) != 0) {
+    if (::lstat(NativePath(path).c_str(), &info) != 0) {
         return posix::LastError();
     }
     attributes = AttributesOf(info.st_mode);
@@ -202,11 +202,15 @@ ErrorCode GetPathAttributes(const std::u16string& path, std::uint32_t& attribute
 ErrorCode SetPathAttributes(const std::u16string& path, std::uint32_t attributes) {
     const std::string native = NativePath(path);
     struct stat info {};
-    if (::stat(native.c_str(), &info) != 0 ||
-        ::chmod(native.c_str(), ModeWithAttributes(info.st_mode, attributes)) != 0) {
+    if (::lstat(native.c_str(), &info) != 0) {
         return posix::LastError();
     }
-    return kErrorSuccess;
+    if (S_ISLNK(info.st_mode)) {
+        return kErrorStoppedOnSymlink;  // chmod would change what the link points to
+    }
+    return ::chmod(native.c_str(), ModeWithAttributes(info.st_mode, attributes)) == 0
+               ? kErrorSuccess
+               : posix::LastError();
 }
 
 ErrorCode OpenTagStream(const std::u16string& streamPath, TagHandle& handle) {
@@ -215,7 +219,7 @@ ErrorCode OpenTagStream(const std::u16string& streamPath, TagHandle& handle) {
     if (!SplitStreamPath(streamPath, stream->file, stream->attribute)) {
         return kErrorInvalidName;
     }
-    if (::setxattr(stream->file.c_str(), stream->attribute.c_str(), "", 0, 0) != 0) {
+    if (::lsetxattr(stream->file.c_str(), stream->attribute.c_str(), "", 0, 0) != 0) {
         return XattrError();
     }
     handle = reinterpret_cast<TagHandle>(stream.release());
@@ -252,8 +256,8 @@ ErrorCode WriteTagRecord(TagHandle handle, std::span<const std::uint8_t, 16> rec
         std::vector<std::uint8_t> content = stream->content;
         content.resize(std::max(content.size(), stream->position + record.size()));
         std::copy(record.begin(), record.end(), content.begin() + stream->position);
-        if (::setxattr(stream->file.c_str(), stream->attribute.c_str(), content.data(),
-                       content.size(), 0) != 0) {
+        if (::lsetxattr(stream->file.c_str(), stream->attribute.c_str(), content.data(),
+                        content.size(), 0) != 0) {
             return XattrError();
         }
         stream->content = std::move(content);
@@ -274,7 +278,7 @@ ErrorCode DeleteTagStream(const std::u16string& streamPath) {
     if (!SplitStreamPath(streamPath, file, attribute)) {
         return kErrorInvalidName;
     }
-    return ::removexattr(file.c_str(), attribute.c_str()) == 0 ? kErrorSuccess : XattrError();
+    return ::lremovexattr(file.c_str(), attribute.c_str()) == 0 ? kErrorSuccess : XattrError();
 }
 
 ErrorCode ReadTagStream(const std::u16string& streamPath, std::vector<std::uint8_t>& content) {
@@ -285,13 +289,13 @@ ErrorCode ReadTagStream(const std::u16string& streamPath, std::vector<std::uint8
         return kErrorInvalidName;
     }
     for (;;) {
-        const ssize_t size = ::getxattr(file.c_str(), attribute.c_str(), nullptr, 0);
+        const ssize_t size = ::lgetxattr(file.c_str(), attribute.c_str(), nullptr, 0);
         if (size < 0) {
             return XattrError();
         }
         content.resize(static_cast<std::size_t>(size));
         const ssize_t got =
-            ::getxattr(file.c_str(), attribute.c_str(), content.data(), content.size());
+            ::lgetxattr(file.c_str(), attribute.c_str(), content.data(), content.size());
         if (got >= 0) {
             content.resize(static_cast<std::size_t>(got));
             return kErrorSuccess;
@@ -305,7 +309,7 @@ ErrorCode ReadTagStream(const std::u16string& streamPath, std::vector<std::uint8
 
 ErrorCode ReadPathStamps(const std::u16string& path, FileStamps& stamps) {
     struct stat info {};
-    if (::stat(NativePath(path).c_str(), &info) != 0) {
+    if (::lstat(NativePath(path).c_str(), &info) != 0) {
         return posix::LastError();
     }
     stamps = StampsOf(info);

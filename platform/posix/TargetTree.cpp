@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string>
 
 #include "platform/Text.h"
 #include "platform/TreeHandles.h"
@@ -90,6 +91,12 @@ ErrorCode OpenParent(Handle folder, Handle& parent, FileIdentity& identity) {
 
 void CloseFolder(Handle folder) {
     ::close(Fd(folder));
+}
+
+std::u16string PathThrough(Handle folder) {
+    static const bool procFs = ::access("/proc/self/fd", X_OK) == 0;
+    return procFs ? u"/proc/self/fd/" + Utf8ToUtf16(std::to_string(Fd(folder))) + u"/"
+                  : std::u16string();
 }
 
 ErrorCode MakeFolder(Handle parent, const std::u16string& name) {

@@ -20,6 +20,9 @@ namespace {
 
 constexpr std::size_t kLongestName = 32767;
 constexpr ACCESS_MASK kFolderAccess = FILE_LIST_DIRECTORY | FILE_TRAVERSE;
+// A folder we hold open can't be renamed or deleted by anyone meanwhile: nobody can swap a
+// reparse point in for it.
+constexpr ULONG kHeldFolderShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
 HANDLE Native(Handle handle) {
     return reinterpret_cast<HANDLE>(handle);
@@ -28,7 +31,8 @@ HANDLE Native(Handle handle) {
 // Opens `name` in `folder` with NtCreateFile, whose relative open is the only way to name a
 // file from a folder handle. A reparse point at the name is opened itself, never followed.
 ErrorCode OpenRelative(Handle folder, const std::u16string& name, ACCESS_MASK access,
-                       ULONG disposition, ULONG options, HANDLE& opened) {
+                       ULONG disposition, ULONG options, HANDLE& opened,
+                       ULONG share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE) {
     if (name.size() > kLongestName) {
         return kErrorFilenameExcedRange;
     }
@@ -41,7 +45,7 @@ ErrorCode OpenRelative(Handle folder, const std::u16string& name, ACCESS_MASK ac
     IO_STATUS_BLOCK status{};
     const NTSTATUS result = ::NtCreateFile(
         &opened, access | SYNCHRONIZE | FILE_READ_ATTRIBUTES, &attributes, &status, nullptr,
-        FILE_ATTRIBUTE_NORMAL, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, disposition,
+        FILE_ATTRIBUTE_NORMAL, share, disposition,
         options | FILE_OPEN_REPARSE_POINT | FILE_SYNCHRONOUS_IO_NONALERT, nullptr, 0);
     return NT_SUCCESS(result) ? kErrorSuccess : ::RtlNtStatusToDosError(result);
 }
@@ -82,10 +86,10 @@ ErrorCode OpenForRemoval(Handle folder, const std::u16string& name, HANDLE& open
 }  // namespace
 
 ErrorCode OpenRoot(const std::u16string& path, Handle& folder, FileIdentity& identity) {
-    HANDLE opened = ::CreateFileW(reinterpret_cast<const wchar_t*>(path.c_str()),
-                                  kFolderAccess | SYNCHRONIZE | FILE_READ_ATTRIBUTES,
-                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                  OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    HANDLE opened =
+        ::CreateFileW(reinterpret_cast<const wchar_t*>(path.c_str()),
+                      kFolderAccess | SYNCHRONIZE | FILE_READ_ATTRIBUTES, kHeldFolderShare, nullptr,
+                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (opened == INVALID_HANDLE_VALUE) {
         return ::GetLastError();
     }
@@ -106,7 +110,7 @@ ErrorCode OpenFolder(Handle parent, const std::u16string& name, bool create, Han
     HANDLE opened = INVALID_HANDLE_VALUE;
     if (const ErrorCode error =
             OpenRelative(parent, name, kFolderAccess, create ? FILE_OPEN_IF : FILE_OPEN,
-                         FILE_DIRECTORY_FILE, opened);
+                         FILE_DIRECTORY_FILE, opened, kHeldFolderShare);
         error != kErrorSuccess) {
         return error;
     }
@@ -119,6 +123,10 @@ ErrorCode OpenParent(Handle, Handle&, FileIdentity&) {
 
 void CloseFolder(Handle folder) {
     ::CloseHandle(Native(folder));
+}
+
+std::u16string PathThrough(Handle) {
+    return {};  // held folders can't be renamed here: the path under the target stays true
 }
 
 ErrorCode MakeFolder(Handle parent, const std::u16string& name) {

@@ -145,6 +145,28 @@ TEST_F(TargetTreeTest, AHardLinkToAnOutsideFileIsReplacedNotWrittenThrough) {
     EXPECT_EQ(Content(Target() / "f"), "inside");
 }
 
+// Code that takes only paths (the tagger) gets one that stays in the folder we hold, even when
+// that folder is moved away and a link to the outside takes its name.
+TEST_F(TargetTreeTest, PathsOfNamesStayInTheFoldersWeHold) {
+    ASSERT_EQ(tree_.MakeFolder(u"d"), kErrorSuccess);
+    ASSERT_EQ(WriteFile(tree_, u"d", u"first", "x"), kErrorSuccess);
+    std::error_code error;
+    fs::rename(Target() / "d", Target() / "moved", error);
+    if (error) {
+        // Windows: nobody renames a folder while we hold it.
+        EXPECT_EQ(kSep, u'\\') << error.message();
+        return;
+    }
+    if (!Link(Outside(), Target() / "d")) {
+        GTEST_SKIP() << "no symbolic links here";
+    }
+    const std::u16string path = tree_.PathOf(u"d", u"tagged");
+    ASSERT_FALSE(path.empty());
+    std::ofstream(fs::path(path)) << "tag";
+    EXPECT_TRUE(fs::is_empty(Outside()));
+    EXPECT_EQ(Content(Target() / "moved" / "tagged"), "tag");
+}
+
 // Deeper than the folders kept open: going down, up and across reaches the right folders, and
 // a branch moved away while we work is walked again from the target.
 TEST_F(TargetTreeTest, DeepBranchesUpDownAndAcross) {

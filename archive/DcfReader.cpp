@@ -15,6 +15,7 @@
 #include "archive/DcfRecords.h"
 #include "archive/FileFormat.h"
 #include "archive/KeyContext.h"
+#include "platform/SecureMemory.h"
 #include "platform/TargetTree.h"
 
 namespace {
@@ -485,6 +486,32 @@ FormatResult ArchiveBodyReader::Run() {
     return failure;
 }
 
+[[gnu::noinline]] FormatResult ReadBody(platform::File& stream, ArchiveExtractRequest& request,
+                                        DCCArchiveUserSettings& settings,
+                                        std::vector<std::u16string>& extractedFiles,
+                                        DCIFileFormatCallback* callback, ArchiveReport& report,
+                                        bool writeFiles) {
+    try {
+        ArchiveBodyReader reader(stream, request, settings, extractedFiles, callback, report,
+                                 writeFiles);
+        return reader.Run();
+    } catch (const std::bad_alloc&) {
+        return FORMAT_FAILED;
+    }
+}
+
+// A whole run; the key schedules and decryptions leave pieces of the keys on the stack, which
+// go with it.
+FormatResult RunReader(platform::File& stream, ArchiveExtractRequest& request,
+                       DCCArchiveUserSettings& settings,
+                       std::vector<std::u16string>& extractedFiles, DCIFileFormatCallback* callback,
+                       ArchiveReport& report, bool writeFiles) {
+    const FormatResult result =
+        ReadBody(stream, request, settings, extractedFiles, callback, report, writeFiles);
+    platform::WipeStackBelow();
+    return result;
+}
+
 }  // namespace
 
 FormatResult ReadArchiveBody(platform::File& stream, ArchiveExtractRequest& request,
@@ -492,12 +519,7 @@ FormatResult ReadArchiveBody(platform::File& stream, ArchiveExtractRequest& requ
                              std::vector<std::u16string>& extractedFiles,
                              DCIFileFormatCallback* callback, ArchiveReport& report) {
     extractedFiles.clear();
-    try {
-        ArchiveBodyReader reader(stream, request, settings, extractedFiles, callback, report, true);
-        return reader.Run();
-    } catch (const std::bad_alloc&) {
-        return FORMAT_FAILED;
-    }
+    return RunReader(stream, request, settings, extractedFiles, callback, report, true);
 }
 
 FormatResult ReadArchiveBody(platform::File& stream, ArchiveExtractRequest& request,
@@ -511,12 +533,7 @@ FormatResult ReadArchiveBody(platform::File& stream, ArchiveExtractRequest& requ
 FormatResult InspectArchiveBody(platform::File& stream, ArchiveExtractRequest& request,
                                 DCCArchiveUserSettings& settings, ArchiveReport& report) {
     std::vector<std::u16string> noFiles;
-    try {
-        ArchiveBodyReader reader(stream, request, settings, noFiles, nullptr, report, false);
-        return reader.Run();
-    } catch (const std::bad_alloc&) {
-        return FORMAT_FAILED;
-    }
+    return RunReader(stream, request, settings, noFiles, nullptr, report, false);
 }
 
 FormatResult ReadArchivePreamble(platform::File& stream, Zelmarik::CCategoryContainer& categories,

@@ -170,7 +170,10 @@ bool DCCSecurityKey::ParsePrivateKeyText(const char* text) {
         ValidityYears = ParseInteger(line);
         Expires = Created;
         if (ValidityYears != -1) {
-            Expires.Year = static_cast<std::uint16_t>(Expires.Year + ValidityYears);
+            // In 16 bits, as the format has it: any validity wraps, none overflows.
+            Expires.Year = static_cast<std::uint16_t>(
+                Expires.Year +
+                static_cast<std::uint16_t>(static_cast<std::uint32_t>(ValidityYears)));
         }
     }
     Flags |= KeyHasPrivate;

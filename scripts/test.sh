@@ -24,7 +24,7 @@ tsan_tests=(locks_tests paths_tests crypto_random_tests archive_stream_tests)
 scripts/build.sh tsan "${tsan_tests[@]}"
 ctest --test-dir build-tsan --output-on-failure -j "$jobs" -R "^($(IFS='|'; echo "${tsan_tests[*]}"))\$"
 
-step "libFuzzer smoke run (20 s per target over its seed corpus)"
+step "libFuzzer smoke run (20 s per target over its seeds and the inputs of past findings)"
 fuzz_targets=(fuzz_category_block fuzz_key_file fuzz_archive_read)
 scripts/build.sh fuzz "${fuzz_targets[@]}" fuzz_seed_corpus
 fuzz_work=build-fuzz/corpus
@@ -33,8 +33,10 @@ build-fuzz/tests/fuzz/fuzz_seed_corpus "$fuzz_work/seeds"
 for target in "${fuzz_targets[@]}"; do
     # New inputs go to the first folder; a crash, leak, UBSan report or hang fails the step.
     mkdir -p "$fuzz_work/grown/$target"
+    corpora=("$fuzz_work/grown/$target" "$fuzz_work/seeds/$target")
+    [[ -d "tests/fuzz/corpus/$target" ]] && corpora+=("tests/fuzz/corpus/$target")
     "build-fuzz/tests/fuzz/$target" -max_total_time=20 -max_len=16384 -timeout=25 \
-        -artifact_prefix="$fuzz_work/$target-" "$fuzz_work/grown/$target" "$fuzz_work/seeds/$target"
+        -artifact_prefix="$fuzz_work/$target-" "${corpora[@]}"
 done
 
 step "Windows x86_64 build and tests under Wine"

@@ -123,9 +123,13 @@ TEST_F(KeyFileTest, ValidityIsReadLikeAnInteger) {
     ASSERT_EQ(Load(KeyHead() + "1.1.2024, 9:30\nnone\n"), 0u);
     EXPECT_EQ(key_.ValidityYears, 0);
 
-    // The year wraps in 16 bits.
+    // The year wraps in 16 bits, also for validities at the ends of 32 bits.
     ASSERT_EQ(Load(KeyHead() + "1.1.65535, 9:30\n2\n"), 0u);
     EXPECT_EQ(key_.Expires.Year, 1);
+    ASSERT_EQ(Load(KeyHead() + "1.1.2026, 9:30\n2147483647\n"), 0u);
+    EXPECT_EQ(key_.Expires.Year, static_cast<std::uint16_t>(2026 + 0xFFFF));
+    ASSERT_EQ(Load(KeyHead() + "1.1.2026, 9:30\n-2147483648\n"), 0u);
+    EXPECT_EQ(key_.Expires.Year, 2026);
 }
 
 TEST_F(KeyFileTest, NumberLinesMustHaveExactly512Characters) {

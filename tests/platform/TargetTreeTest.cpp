@@ -196,7 +196,13 @@ TEST_F(TargetTreeTest, DeepBranchesUpDownAndAcross) {
         middle /= "d";
     }
     ASSERT_EQ(WriteFile(tree_, path, u"before", "x"), kErrorSuccess);
-    fs::rename(middle, Target() / "moved");
+    std::error_code error;
+    fs::rename(middle, Target() / "moved", error);
+    if (error) {
+        // Windows holds every folder of the branch open, and none of them can move.
+        EXPECT_EQ(kSep, u'\\') << error.message();
+        return;
+    }
     ASSERT_EQ(WriteFile(tree_, shallow, u"after", "x"), kErrorSuccess);
     EXPECT_EQ(Content(Target() / "d" / "d" / "d" / "d" / "d" / "after"), "x");
     EXPECT_TRUE(fs::is_empty(Outside()));

@@ -44,7 +44,16 @@ std::string TargetFailure(const ArchiveReport& report) {
         case TargetObstacle::None:
             break;
     }
-    return DescribeError(report.targetError);
+    switch (report.targetError) {
+        case platform::kErrorStoppedOnSymlink:
+            return "a link stands where a folder of the archive goes, and links are never "
+                   "followed; remove it or extract into another folder";
+        case platform::kErrorDirectory:
+            return "a file stands where a folder of the archive goes; move it or extract into "
+                   "another folder";
+        default:
+            return DescribeError(report.targetError);
+    }
 }
 
 void RunExtract(const ExtractOptions& options) {

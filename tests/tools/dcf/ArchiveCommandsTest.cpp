@@ -259,7 +259,8 @@ TEST_F(ArchiveCommandsTest, TargetsThatCannotBeMadeEndWithTheIoCode) {
         std::string obstacle;
         std::string needle;
     };
-    for (const Row& row : {Row{"file d", "out/d/a: The directory name is invalid"},
+    for (const Row& row : {Row{"file d", "out/d/a: a file stands where a folder"},
+                           Row{"link d", "out/d/a: a link stands where a folder"},
                            Row{"folder d/a", "out/d/a: a folder of that name is in the way"},
                            Row{"link d/a", "out/d/a: a link or special file"}}) {
         SCOPED_TRACE(row.obstacle);
@@ -267,6 +268,8 @@ TEST_F(ArchiveCommandsTest, TargetsThatCannotBeMadeEndWithTheIoCode) {
         fs::create_directory(Path("out"));
         if (row.obstacle == "file d") {
             WriteAll(Path("out") / "d", "x");
+        } else if (row.obstacle == "link d") {
+            fs::create_directory_symlink(Path("elsewhere"), Path("out") / "d");
         } else if (row.obstacle == "folder d/a") {
             fs::create_directories(Path("out") / "d" / "a");
         } else {
@@ -279,6 +282,7 @@ TEST_F(ArchiveCommandsTest, TargetsThatCannotBeMadeEndWithTheIoCode) {
         ExpectOneLine(blocked, "extract", row.needle);
     }
     EXPECT_EQ(ReadAll(PasswordFile()), "secret\n");
+    EXPECT_FALSE(fs::exists(Path("elsewhere")));
 }
 
 // Ctrl-C, SIGTERM and SIGHUP while a file is written: the run stops in order, and no file is

@@ -12,22 +12,48 @@ packages=(
     g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev
     wine wine64 xvfb xauth
     attr hyperfine 7zip pigz
+    lintian dpkg-dev file
 )
+# The i686 stub runs under 32-bit Wine (multiarch). wine64 and wine32:i386 go in one apt call:
+# when the two architectures' lists are out of step, apt would rather remove one to install the other.
+wine_packages=(wine64 wine32:i386)
+
+installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q "ok installed"; }
 
 missing=()
 for package in "${packages[@]}"; do
-    if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "ok installed"; then
-        missing+=("$package")
-    fi
+    installed "$package" || missing+=("$package")
 done
+for package in "${wine_packages[@]}"; do
+    installed "$package" || { missing+=("${wine_packages[@]}"); break; }
+done
+
+sudo_cmd=()
+if [[ $(id -u) -ne 0 ]]; then
+    sudo_cmd=(sudo)
+fi
+# A mirror in the middle of a sync fails one list; the others still serve, and a package that
+# can't be had fails the install below.
+update_lists() {
+    "${sudo_cmd[@]}" apt-get update -qq ||
+        echo "setup: apt-get update failed for some lists; going on with the lists it has" >&2
+}
+if ! dpkg --print-foreign-architectures | grep -qx i386; then
+    echo "setup: adding the i386 architecture (32-bit Wine)"
+    "${sudo_cmd[@]}" dpkg --add-architecture i386
+fi
 
 if ((${#missing[@]} > 0)); then
     echo "setup: installing ${missing[*]}"
-    sudo_cmd=()
-    if [[ $(id -u) -ne 0 ]]; then
-        sudo_cmd=(sudo)
-    fi
-    "${sudo_cmd[@]}" apt-get update -qq
+    update_lists
     DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends \
         "${missing[@]}" >/dev/null
 fi
+
+for package in "${wine_packages[@]}"; do
+    if ! installed "$package"; then
+        echo "setup: $package is not installed; apt may have removed it to satisfy the other" \
+             "Wine width. Install both in one call: apt-get install ${wine_packages[*]}" >&2
+        exit 1
+    fi
+done

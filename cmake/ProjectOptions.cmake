@@ -19,6 +19,11 @@ target_compile_options(dcf_options INTERFACE
 target_link_options(dcf_options INTERFACE "$<${dcf_release}:LINKER:--gc-sections>")
 if(WIN32)
     target_link_options(dcf_options INTERFACE "$<${dcf_release}:LINKER:--no-insert-timestamp>")
+else()
+    # Debian's hardening: checked buffer functions, stack canaries, read-only relocations.
+    target_compile_options(dcf_options INTERFACE
+        "$<${dcf_release}:-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
+    target_link_options(dcf_options INTERFACE "$<${dcf_release}:LINKER:-z,relro;LINKER:-z,now>")
 endif()
 # A stub tree's Vomdrel is shipped as it is linked, so its digest is the installed one's.
 if(DCF_STUB_OUTPUT_DIR)

@@ -20,40 +20,49 @@ wine_packages=(wine64 wine32:i386)
 
 installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q "ok installed"; }
 
-missing=()
-for package in "${packages[@]}"; do
-    installed "$package" || missing+=("$package")
-done
-for package in "${wine_packages[@]}"; do
-    installed "$package" || { missing+=("${wine_packages[@]}"); break; }
-done
-
 sudo_cmd=()
 if [[ $(id -u) -ne 0 ]]; then
     sudo_cmd=(sudo)
 fi
+lists_updated=false
 # A mirror in the middle of a sync fails one list; the others still serve, and a package that
-# can't be had fails the install below.
-update_lists() {
-    "${sudo_cmd[@]}" apt-get update -qq ||
-        echo "setup: apt-get update failed for some lists; going on with the lists it has" >&2
+# can't be had fails its install below.
+install_packages() {
+    echo "setup: installing $*"
+    if ! $lists_updated; then
+        "${sudo_cmd[@]}" apt-get update -qq ||
+            echo "setup: apt-get update failed for some lists; going on with the lists it has" >&2
+        lists_updated=true
+    fi
+    DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends \
+        "$@" >/dev/null
 }
+
+missing=()
+for package in "${packages[@]}"; do
+    installed "$package" || missing+=("$package")
+done
+if ((${#missing[@]} > 0)); then
+    install_packages "${missing[@]}"
+fi
+
 if ! dpkg --print-foreign-architectures | grep -qx i386; then
     echo "setup: adding the i386 architecture (32-bit Wine)"
     "${sudo_cmd[@]}" dpkg --add-architecture i386
+    lists_updated=false
 fi
-
-if ((${#missing[@]} > 0)); then
-    echo "setup: installing ${missing[*]}"
-    update_lists
-    DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends \
-        "${missing[@]}" >/dev/null
-fi
-
 for package in "${wine_packages[@]}"; do
     if ! installed "$package"; then
-        echo "setup: $package is not installed; apt may have removed it to satisfy the other" \
-             "Wine width. Install both in one call: apt-get install ${wine_packages[*]}" >&2
+        install_packages "${wine_packages[@]}" ||
+            echo "setup: the i386 and amd64 package lists may be out of step (a mirror in sync);" \
+                 "run scripts/setup.sh again later" >&2
+        break
+    fi
+done
+for package in "${wine_packages[@]}"; do
+    if ! installed "$package"; then
+        echo "setup: $package is missing; both Wine widths are needed, installed in one call:" \
+             "apt-get install ${wine_packages[*]}" >&2
         exit 1
     fi
 done

@@ -62,3 +62,9 @@ add_custom_target(stubs ALL DEPENDS "${DCF_STUB_DIR}/SHA256SUMS")
 foreach(platform IN LISTS DCF_STUB_PLATFORMS)
     add_dependencies(stubs stub_${platform})
 endforeach()
+
+# Each stub, stripped, at most 1 MiB (ctest -R stub_size_budget; the test needs no test build).
+enable_testing()
+add_test(NAME stub_size_budget
+         COMMAND "${CMAKE_COMMAND}" -DBUDGET=1048576 -P "${CMAKE_SOURCE_DIR}/cmake/CheckStubSizes.cmake"
+                 ${DCF_STUB_FILES})

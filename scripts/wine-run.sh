@@ -16,6 +16,12 @@ if [[ -f "${1:-}" && "$(pe_machine "$1")" == 014c ]]; then
     width=32
 fi
 export WINEARCH=${WINEARCH:-win$width}
+# Debian's 32-bit Wine loader, of the package wine32:i386; without it wine64 runs everything.
+if [[ $WINEARCH == win32 && ! -x /usr/lib/wine/wine ]]; then
+    echo "wine-run.sh: $1 is a 32-bit program and 32-bit Wine is missing: install wine32:i386" \
+         "beside wine64 (scripts/setup.sh does)" >&2
+    exit 1
+fi
 export WINEPREFIX=${WINEPREFIX:-$root/build-wine/win$width}
 export WINEDEBUG=${WINEDEBUG:--all}
 if [[ ! -f "$WINEPREFIX/system.reg" ]]; then

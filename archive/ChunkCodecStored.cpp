@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <iterator>
 #include <limits>
 
@@ -13,8 +12,10 @@
 
 namespace {
 
-// Shorter pieces are deflated without asking: the guess would cost more than it saves.
+// Shorter pieces are deflated without asking: the guess would cost more than it saves. Longer
+// ones too, which no suite makes: the table of counts below stops there.
 constexpr std::size_t kMinGuessed = 256;
+constexpr std::size_t kMaxGuessed = 4096;
 // Bits per byte below which the byte frequencies alone would let deflate save a few percent.
 constexpr double kStoredEntropy = 7.8;
 // Repeated four-byte strings above which matches would save something.
@@ -26,10 +27,22 @@ constexpr std::uint8_t kZlibHeader[2] = {0x78, 0x01};  // deflate, 32 KiB window
 constexpr std::size_t kBlockHeaderSize = 5;
 constexpr std::size_t kChecksumSize = 4;
 
+// count · log2(count) for every count a guessed piece can have.
+const std::array<float, kMaxGuessed + 1>& CountLogCount() {
+    static const auto table = [] {
+        std::array<float, kMaxGuessed + 1> values{};
+        for (std::size_t count = 2; count <= kMaxGuessed; ++count) {
+            values[count] = static_cast<float>(count * std::log2(static_cast<double>(count)));
+        }
+        return values;
+    }();
+    return table;
+}
+
 // Shannon entropy of the byte values in bits per byte; four histograms so that runs of one value
 // do not wait on their own counts.
 double ByteEntropy(std::span<const std::uint8_t> piece) {
-    std::array<std::array<std::uint32_t, 256>, 4> counts{};
+    std::array<std::array<std::uint16_t, 256>, 4> counts{};
     std::size_t i = 0;
     for (; i + 4 <= piece.size(); i += 4) {
         ++counts[0][piece[i]];
@@ -40,32 +53,28 @@ double ByteEntropy(std::span<const std::uint8_t> piece) {
     for (; i < piece.size(); ++i) {
         ++counts[0][piece[i]];
     }
-    const double total = static_cast<double>(piece.size());
-    double sumCountLogCount = 0;
+    const auto& countLogCount = CountLogCount();
+    double sum = 0;
     for (std::size_t value = 0; value < 256; ++value) {
-        const std::uint32_t count =
-            counts[0][value] + counts[1][value] + counts[2][value] + counts[3][value];
-        if (count > 1) {
-            const double c = count;
-            sumCountLogCount += c * std::log2(c);
-        }
+        sum += countLogCount[counts[0][value] + counts[1][value] + counts[2][value] +
+                             counts[3][value]];
     }
-    return std::log2(total) - sumCountLogCount / total;
+    const double total = static_cast<double>(piece.size());
+    return std::log2(total) - sum / total;
 }
 
-// Whether some four-byte strings occur twice, looking each up where an earlier one hashed to.
+// Whether some four-byte strings occur twice: each is looked for where an earlier one with the
+// same hash was kept. A string of four zero bytes counts as seen; that only costs a deflate.
 bool HasRepeats(std::span<const std::uint8_t> piece) {
-    std::array<std::uint16_t, 1u << kHashBits> lastSeen{};  // position + 1, 0 for none
+    std::array<std::uint32_t, 1u << kHashBits> seen{};
     int repeats = 0;
     for (std::size_t i = 0; i + 4 <= piece.size(); ++i) {
         const auto word = Zelmarik::LoadLittle<std::uint32_t>(piece.data() + i);
-        const std::uint32_t hash = (word * 2654435761u) >> (32 - kHashBits);
-        const std::size_t earlier = lastSeen[hash];
-        if (earlier != 0 && std::memcmp(piece.data() + earlier - 1, piece.data() + i, 4) == 0 &&
-            ++repeats > kMaxRepeats) {
+        std::uint32_t& slot = seen[(word * 2654435761u) >> (32 - kHashBits)];
+        if (slot == word && ++repeats > kMaxRepeats) {
             return true;
         }
-        lastSeen[hash] = static_cast<std::uint16_t>(i + 1);
+        slot = word;
     }
     return false;
 }
@@ -73,7 +82,7 @@ bool HasRepeats(std::span<const std::uint8_t> piece) {
 }  // namespace
 
 bool LooksIncompressible(std::span<const std::uint8_t> piece) {
-    if (piece.size() < kMinGuessed || piece.size() >= 0xFFFF) {
+    if (piece.size() < kMinGuessed || piece.size() > kMaxGuessed) {
         return false;
     }
     return ByteEntropy(piece) >= kStoredEntropy && !HasRepeats(piece);

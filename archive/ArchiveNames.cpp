@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 
 #include "archive/FileFormat.h"
 #include "platform/File.h"
@@ -60,13 +59,6 @@ bool HasSafeComponents(std::u16string_view name, bool withBackslashRules) {
     }
 }
 
-// The path that the platform opens: from UTF-8 with U+FFFD for an unpaired surrogate. A path
-// made from the UTF-16 text itself would throw for such a name.
-std::filesystem::path PlatformPath(const std::u16string& path) {
-    const std::string utf8 = platform::Utf16ToUtf8(path);
-    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
 }  // namespace
 
 std::u16string TargetRoot(const std::u16string& targetPath) {
@@ -100,10 +92,7 @@ bool PassesThroughLink(const std::u16string& root, std::u16string_view name) {
         if (end == std::u16string_view::npos) {
             end = name.size();
         }
-        std::error_code error;
-        const auto status = std::filesystem::symlink_status(
-            PlatformPath(JoinArchiveName(root, name.substr(0, end))), error);
-        if (!error && std::filesystem::is_symlink(status)) {
+        if (platform::IsLink(JoinArchiveName(root, name.substr(0, end)))) {
             return true;
         }
     }

@@ -58,6 +58,8 @@ private:
 bool QueryFileSize(const std::u16string& path, std::uint64_t& size);
 bool PathExists(const std::u16string& path);
 bool IsDirectory(const std::u16string& path);
+// True when the last component is a symbolic link (on Windows any reparse point), not followed.
+bool IsLink(const std::u16string& path);
 ErrorCode RemoveFile(const std::u16string& path);
 // Moves within one volume; fails with kErrorAlreadyExists when `to` exists.
 ErrorCode MoveFileNoReplace(const std::u16string& from, const std::u16string& to);

@@ -195,6 +195,11 @@ bool IsDirectory(const std::u16string& path) {
     return ::stat(Native(path).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
+bool IsLink(const std::u16string& path) {
+    struct stat info {};
+    return ::lstat(Native(path).c_str(), &info) == 0 && S_ISLNK(info.st_mode);
+}
+
 ErrorCode RemoveFile(const std::u16string& path) {
     const std::string native = Native(path);
     struct stat info {};

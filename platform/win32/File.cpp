@@ -167,6 +167,12 @@ bool IsDirectory(const std::u16string& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+bool IsLink(const std::u16string& path) {
+    const DWORD attributes = ::GetFileAttributesW(Wide(path));
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
 ErrorCode RemoveFile(const std::u16string& path) {
     return ::DeleteFileW(Wide(path)) ? kErrorSuccess : ::GetLastError();
 }

@@ -21,6 +21,7 @@
 #include "tools/dcf/CategoryManifest.h"
 #include "tools/dcf/Commands.h"
 #include "tools/dcf/ReplaceQuestion.h"
+#include "tools/dcf/ShippedStubs.h"
 #include "tools/dcf/SourceWalk.h"
 #include "tools/dcf/ToolOutput.h"
 
@@ -41,6 +42,7 @@ struct CreateOptions {
     std::string recipient;
     bool sfx = false;
     std::string stub;
+    std::string stubFor{kStubPlatforms.front().name};
     std::string categories;
     std::string overwrite = "ask";
     bool quiet = false;
@@ -179,9 +181,6 @@ void CopyRunPermission(const std::u16string& stub, const std::u16string& archive
 }
 
 void RunCreate(const CreateOptions& options) {
-    if (options.stub.size() != 0 && !options.sfx) {
-        FailWith(kCommand, "--stub goes with --sfx", kExitUsage);
-    }
     ArchiveWriteRequest request;
     SourceListing listing = ListSources(kCommand, options.paths, options.quiet);
     if (!options.categories.empty()) {
@@ -201,14 +200,10 @@ void RunCreate(const CreateOptions& options) {
     }
 
     std::unique_ptr<DCCFileFormat> format;
-    const std::u16string stub =
-        options.stub.empty() ? DefaultStubPath() : PathFromArgument(options.stub);
+    ChosenStub stub;
     if (options.sfx) {
-        if (!platform::PathExists(stub)) {
-            FailWith(kCommand, "no stub at " + platform::Utf16ToUtf8(stub) + "; give --stub FILE",
-                     kExitIo);
-        }
-        format = std::make_unique<DCCFileFormatSFX>(stub);
+        stub = ChooseStub(kCommand, options.stub, options.stubFor);
+        format = std::make_unique<DCCFileFormatSFX>(stub.path, stub.windows ? u".exe" : u"");
     } else {
         format = std::make_unique<DCCFileFormatDCF>();
     }
@@ -235,7 +230,7 @@ void RunCreate(const CreateOptions& options) {
         return;
     }
     if (options.sfx) {
-        CopyRunPermission(stub, request.archiveName);
+        CopyRunPermission(stub.path, request.archiveName);
     }
     if (!options.quiet) {
         std::cout << "Created " << written << ": " << Counted(listing.files, "file") << ", "
@@ -255,7 +250,7 @@ void AddCreateCommand(CLI::App& app) {
         "password option the password is asked twice on the terminal.");
     command
         ->add_option("ARCHIVE", options->archive,
-                     "The new archive; .dcf (or .exe with --sfx) is added when missing")
+                     "The new archive; .dcf (or .exe with a Windows stub) is added when missing")
         ->required();
     command->add_option("PATH", options->paths, "Files and folders to store")->required();
     auto* file = command->add_option("--password-file", options->passwordFile,
@@ -268,9 +263,21 @@ void AddCreateCommand(CLI::App& app) {
     input->excludes(none);
     command->add_option("--recipient", options->recipient,
                         "Seal the archive also for this public key (PREFIX.pubkey of keygen)");
-    command->add_flag("--sfx", options->sfx, "Make a self-extracting program");
-    command->add_option("--stub", options->stub,
-                        "The stub program of --sfx; by default Vomdrel beside dcf");
+    auto* sfx = command->add_flag("--sfx", options->sfx, "Make a self-extracting program");
+    std::vector<std::string> platforms;
+    std::string platformHelp = "Where the recipient runs the self-extracting file:";
+    for (const StubPlatform& platform : kStubPlatforms) {
+        platforms.emplace_back(platform.name);
+        platformHelp += "\n  " + platforms.back() + ": " + std::string(platform.recipient);
+    }
+    auto* platform = command->add_option("--stub-for", options->stubFor, platformHelp)
+                         ->check(CLI::IsMember(platforms))
+                         ->capture_default_str()
+                         ->needs(sfx);
+    command
+        ->add_option("--stub", options->stub, "The stub program of --sfx, instead of a shipped one")
+        ->excludes(platform)
+        ->needs(sfx);
     command->add_option("--categories", options->categories,
                         "JSON manifest: {\"dir/file\": [{\"id\": \"<guid>\", \"name\": ...}]}");
     command

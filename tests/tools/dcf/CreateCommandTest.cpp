@@ -169,20 +169,26 @@ TEST_F(CreateCommandTest, RecipientAloneOpensAndSelfExtractingFilesCarryTheStub)
     WriteAll(Path("stub"), stub);
     fs::permissions(Path("stub"), fs::perms::owner_exec, fs::perm_options::add);
 
+    // A stub that is no Windows program gives a name without ".exe".
     const Outcome created =
         Dcf("create parcel data/reports --no-password --recipient key.pubkey --sfx --stub stub");
     ASSERT_EQ(created.code, 0) << created.err;
-    const std::string file = ReadAll(Path("parcel.exe"));
+    const std::string file = ReadAll(Path("parcel"));
     EXPECT_EQ(file.substr(0, stub.size()), stub);
-    EXPECT_NE(fs::status(Path("parcel.exe")).permissions() & fs::perms::owner_exec,
-              fs::perms::none);
+    EXPECT_NE(fs::status(Path("parcel")).permissions() & fs::perms::owner_exec, fs::perms::none);
 
-    ASSERT_EQ(Dcf("extract parcel.exe -C out --key key.privkey").code, 0);
+    ASSERT_EQ(Dcf("extract parcel -C out --key key.privkey").code, 0);
     ExpectReports(Path("out"));
-    EXPECT_EQ(Dcf("extract parcel.exe -C none --password-stdin", "\n").code, kBadKey);
-    const Outcome info = Dcf("info --json parcel.exe");
+    EXPECT_EQ(Dcf("extract parcel -C none --password-stdin", "\n").code, kBadKey);
+    const Outcome info = Dcf("info --json parcel");
     ASSERT_EQ(info.code, 0);
     EXPECT_EQ(nlohmann::json::parse(info.out)["imageOffset"], stub.size());
+
+    // One that begins like a Windows program does.
+    WriteAll(Path("windows-stub"), "MZ" + stub);
+    ASSERT_EQ(Dcf("create win data/notes --password-file password --sfx --stub windows-stub").code,
+              0);
+    EXPECT_EQ(ReadAll(Path("win.exe")).substr(0, stub.size() + 2), "MZ" + stub);
 }
 
 TEST_F(CreateCommandTest, ManifestGivesCategoriesToFilesAndThePreamble) {

@@ -26,10 +26,11 @@ std::string Quoted(const fs::path& path) {
     return "'" + path.string() + "'";
 }
 
-Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input) {
+Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input,
+               const fs::path& program) {
     WriteAll(folder / "stdin", input);
-    const std::string command = "cd " + Quoted(folder) + " && \"" DCF_TOOL_PATH "\" " + arguments +
-                                " <stdin >stdout 2>stderr; echo $? >rc";
+    const std::string command = "cd " + Quoted(folder) + " && " + Quoted(program) + " " +
+                                arguments + " <stdin >stdout 2>stderr; echo $? >rc";
     EXPECT_EQ(std::system(command.c_str()), 0);
     return {std::stoi(ReadAll(folder / "rc")), ReadAll(folder / "stdout"),
             ReadAll(folder / "stderr")};

@@ -31,8 +31,9 @@ struct Outcome {
 };
 
 // Runs dcf in `folder` with `arguments` and `input` on standard input; nothing of it is a
-// terminal.
-Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input = "");
+// terminal. `program` is the dcf that runs, the one built by default.
+Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input = "",
+               const fs::path& program = DCF_TOOL_PATH);
 
 // A failure is told in one line that begins with "dcf COMMAND: " and holds `needle`.
 void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle);

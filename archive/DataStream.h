@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "Common/Common/SecureBuffer.h"
 #include "archive/ArchiveUserSettings.h"
 #include "archive/BufferedIo.h"
 #include "archive/ChunkCodecPool.h"
@@ -16,7 +17,7 @@
 #include "crypto/ChunkChain.h"
 
 // The state that serves all entries of one run: the chain of the archive's keys, the chunk
-// buffers of 1280·B bytes each, and the inflate workers. Chunks go in batches: read and undone
+// buffers of 1280·B bytes each (plaintext, wiped when released), and the inflate workers. Chunks go in batches: read and undone
 // from the chain in order on the calling thread, inflated on all workers at once, then written
 // in order on the calling thread. A batch never reaches past the entry's stream: it holds no
 // more chunks than the rest of the entry needs if every chunk gave the most it can.
@@ -78,7 +79,7 @@ private:
     std::optional<crypto::ChunkChain> chain_;
     ChunkCodecPool inflaters_;
     std::size_t capacity_ = 0;
-    std::vector<std::uint8_t> inputs_;
-    std::vector<std::uint8_t> outputs_;
+    Zelmarik::SecureVector<std::uint8_t> inputs_;
+    Zelmarik::SecureVector<std::uint8_t> outputs_;
     std::vector<Slot> slots_;
 };

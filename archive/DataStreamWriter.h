@@ -9,6 +9,7 @@
 #include <span>
 #include <vector>
 
+#include "Common/Common/SecureBuffer.h"
 #include "archive/ArchiveUserSettings.h"
 #include "archive/BufferedIo.h"
 #include "archive/ChunkCodecPool.h"
@@ -17,8 +18,8 @@
 #include "crypto/ChunkChain.h"
 #include "platform/File.h"
 
-// The state that serves all entries of one run: the chain of the archive's keys, the buffers,
-// and the deflate workers. Pieces go in batches of a fixed count: read in order on the calling
+// The state that serves all entries of one run: the chain of the archive's keys, the buffers
+// (plaintext, wiped when released), and the deflate workers. Pieces go in batches of a fixed count: read in order on the calling
 // thread, deflated on all workers at once, then chained and written in order on the calling
 // thread. The bytes written do not depend on the number of workers, and memory does not depend
 // on the size of a file.
@@ -76,12 +77,12 @@ private:
     std::optional<crypto::ChunkChain> chain_;
     ChunkCodecPool deflaters_;
     // Source bytes read ahead in large blocks, handed out a piece at a time.
-    std::vector<std::uint8_t> sourceBuffer_;
+    Zelmarik::SecureVector<std::uint8_t> sourceBuffer_;
     std::size_t sourceBegin_ = 0;
     std::size_t sourceEnd_ = 0;
     std::size_t pieceSize_ = 0;
     std::size_t chunkCapacity_ = 0;
-    std::vector<std::uint8_t> pieces_;
-    std::vector<std::uint8_t> chunks_;
+    Zelmarik::SecureVector<std::uint8_t> pieces_;
+    Zelmarik::SecureVector<std::uint8_t> chunks_;
     std::vector<Slot> slots_;
 };

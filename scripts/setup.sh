@@ -12,6 +12,7 @@ packages=(
     g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev
     wine wine64 xvfb xauth
     attr hyperfine 7zip pigz
+    libdeflate-dev
     lintian dpkg-dev file
 )
 # The i686 stub runs under 32-bit Wine (multiarch). wine64 and wine32:i386 go in one apt call:

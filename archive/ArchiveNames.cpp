@@ -5,7 +5,6 @@
 
 #include "archive/FileFormat.h"
 #include "platform/File.h"
-#include "platform/Text.h"
 
 namespace {
 
@@ -85,16 +84,15 @@ std::u16string JoinArchiveName(const std::u16string& root, std::u16string_view n
     return path;
 }
 
-bool PassesThroughLink(const std::u16string& root, std::u16string_view name) {
-    std::size_t end = 0;
-    while (end < name.size()) {
-        end = name.find(kArchiveSeparator, end + 1);
-        if (end == std::u16string_view::npos) {
-            end = name.size();
-        }
-        if (platform::IsLink(JoinArchiveName(root, name.substr(0, end)))) {
-            return true;
-        }
+std::u16string RelativeArchivePath(std::u16string_view name) {
+    return JoinArchiveName(u"", name.substr(name.empty() ? 0 : 1));
+}
+
+RelativeName SplitArchiveName(std::u16string_view name) {
+    std::u16string path = RelativeArchivePath(name);
+    const std::size_t separator = path.rfind(platform::kPathSeparator);
+    if (separator == std::u16string::npos) {
+        return {std::u16string(), std::move(path)};
     }
-    return false;
+    return {path.substr(0, separator), path.substr(separator + 1)};
 }

@@ -195,11 +195,6 @@ bool IsDirectory(const std::u16string& path) {
     return ::stat(Native(path).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-bool IsLink(const std::u16string& path) {
-    struct stat info {};
-    return ::lstat(Native(path).c_str(), &info) == 0 && S_ISLNK(info.st_mode);
-}
-
 ErrorCode RemoveFile(const std::u16string& path) {
     const std::string native = Native(path);
     struct stat info {};
@@ -225,6 +220,11 @@ ErrorCode MoveFileNoReplace(const std::u16string& from, const std::u16string& to
         return kErrorAlreadyExists;
     }
     return ::rename(source.c_str(), target.c_str()) == 0 ? kErrorSuccess : posix::LastError();
+}
+
+ErrorCode MoveFileReplacing(const std::u16string& from, const std::u16string& to) {
+    return ::rename(Native(from).c_str(), Native(to).c_str()) == 0 ? kErrorSuccess
+                                                                   : posix::LastError();
 }
 
 ErrorCode CopyFileReplacing(const std::u16string& from, const std::u16string& to) {

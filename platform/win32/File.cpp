@@ -167,18 +167,17 @@ bool IsDirectory(const std::u16string& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-bool IsLink(const std::u16string& path) {
-    const DWORD attributes = ::GetFileAttributesW(Wide(path));
-    return attributes != INVALID_FILE_ATTRIBUTES &&
-           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-}
-
 ErrorCode RemoveFile(const std::u16string& path) {
     return ::DeleteFileW(Wide(path)) ? kErrorSuccess : ::GetLastError();
 }
 
 ErrorCode MoveFileNoReplace(const std::u16string& from, const std::u16string& to) {
     return ::MoveFileW(Wide(from), Wide(to)) ? kErrorSuccess : ::GetLastError();
+}
+
+ErrorCode MoveFileReplacing(const std::u16string& from, const std::u16string& to) {
+    return ::MoveFileExW(Wide(from), Wide(to), MOVEFILE_REPLACE_EXISTING) ? kErrorSuccess
+                                                                          : ::GetLastError();
 }
 
 ErrorCode CopyFileReplacing(const std::u16string& from, const std::u16string& to) {

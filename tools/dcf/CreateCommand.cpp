@@ -1,4 +1,5 @@
 // dcf create: a new archive, plain or self-extracting, of files and folders.
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -11,6 +12,7 @@
 #include "archive/DcfRecords.h"
 #include "archive/FileFormatDCF.h"
 #include "archive/FileFormatSFX.h"
+#include "crypto/Rsa.h"
 #include "platform/File.h"
 #include "platform/SecureMemory.h"
 #include "platform/Terminal.h"
@@ -108,23 +110,39 @@ void LoadPassword(const CreateOptions& options, ArchiveWriteRequest& request) {
     }
 }
 
-// The recipient's public key text: 1024 hexadecimal digits, line ends and blanks ignored.
+// The recipient's public key text: 1024 hexadecimal digits, line ends and blanks ignored, of
+// a modulus that can seal a key block.
 void LoadRecipient(const std::string& path, ArchiveWriteRequest& request) {
     std::ifstream in(fs::path(PathFromArgument(path)), std::ios::binary);
     if (!in) {
         FailWith(kCommand, path + ": the public key can't be read", kExitIo);
     }
+    // Far more than the digits with any line ends; a larger file is not a key.
+    constexpr std::size_t kLongestKeyFile = 64 * 1024;
+    std::string text(kLongestKeyFile + 1, '\0');
+    in.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(in.gcount()));
     std::string digits;
-    for (std::istreambuf_iterator<char> it(in), end; it != end; ++it) {
-        if (std::isxdigit(static_cast<unsigned char>(*it))) {
-            digits.push_back(*it);
-        } else if (!std::isspace(static_cast<unsigned char>(*it))) {
+    for (const char c : text) {
+        if (std::isxdigit(static_cast<unsigned char>(c))) {
+            digits.push_back(c);
+        } else if (!std::isspace(static_cast<unsigned char>(c))) {
             digits.clear();
             break;
         }
     }
-    if (digits.size() != Zelmarik::DCCSecurityKey::kPublicKeyDigits) {
+    if (text.size() > kLongestKeyFile ||
+        digits.size() != Zelmarik::DCCSecurityKey::kPublicKeyDigits) {
         FailWith(kCommand, path + ": not a public key (1024 hexadecimal digits)", kExitBadKey);
+    }
+    std::array<std::uint32_t, Zelmarik::kRsaNumberWords> modulus{};
+    Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), digits, digits.size());
+    if (const std::string problem = Zelmarik::PublicModulusProblem(modulus.data());
+        !problem.empty()) {
+        FailWith(kCommand,
+                 path + ": not a usable public key: " + problem +
+                     "; ask the recipient for the .pubkey file that dcf keygen made",
+                 kExitBadKey);
     }
     request.securityKey.SetPublicKeyText(digits);
     request.sealForKey = true;
@@ -182,6 +200,7 @@ void CopyRunPermission(const std::u16string& stub, const std::u16string& archive
 
 void RunCreate(const CreateOptions& options) {
     ArchiveWriteRequest request;
+    request.replaceWhenComplete = true;  // nothing is lost to a failure or an interrupt
     SourceListing listing = ListSources(kCommand, options.paths, options.quiet);
     if (!options.categories.empty()) {
         ApplyCategoryManifest(kCommand, options.categories, listing);

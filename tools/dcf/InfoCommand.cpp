@@ -11,6 +11,7 @@
 #include "tools/dcf/Commands.h"
 #include "tools/dcf/JsonText.h"
 #include "tools/dcf/ShippedStubs.h"
+#include "tools/dcf/ToolOutput.h"
 
 namespace dcf {
 
@@ -78,7 +79,7 @@ void RunInfo(const InfoOptions& options) {
     }
     std::cout << categories.Categories.size() << '\n';
     for (const auto& category : categories.Categories) {
-        std::cout << "  " << platform::Utf16ToUtf8(category.DebugLog()) << '\n';
+        std::cout << "  " << Printable(platform::Utf16ToUtf8(category.DebugLog())) << '\n';
     }
 }
 

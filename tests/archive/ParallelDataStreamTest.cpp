@@ -182,6 +182,42 @@ TEST_F(ParallelDataStreamTest, BytesDoNotDependOnWorkersAndZlibAndTheReaderReadT
     }
 }
 
+// Small entries share batches: queued one after the other with records between them and
+// written at the end, they give the bytes of each written by itself, for any worker count.
+TEST_F(ParallelDataStreamTest, EntriesQueuedTogetherGiveTheBytesOfEntriesWrittenOneByOne) {
+    std::vector<Bytes> contents;
+    for (std::uint32_t i = 0; i < 150; ++i) {
+        contents.push_back(Content(1 + i * 97 % (3 * kPiece), i));
+    }
+    const Bytes record(32, 0xA5);
+    const auto writeAll = [&](unsigned workers, bool flushEach) {
+        const fs::path out = folder_.Native() / "out";
+        platform::File target;
+        EXPECT_EQ(target.Open(out.u16string(), platform::OpenMode::CreateAlways),
+                  platform::kErrorSuccess);
+        BufferedWriter buffered(target);
+        DataStreamWriter writer(buffered, builder_.Keys(), settings_, 1, workers);
+        for (std::size_t i = 0; i < contents.size(); ++i) {
+            writer.QueueRecord(record);
+            const fs::path path = Save("source", contents[i]);
+            platform::File source;
+            EXPECT_EQ(source.Open(path.u16string(), platform::OpenMode::Read),
+                      platform::kErrorSuccess);
+            EXPECT_EQ(flushEach ? writer.WriteDataStream(source, contents[i].size(), 0)
+                                : writer.QueueDataStream(source, contents[i].size(), 0),
+                      FORMAT_OK);
+        }
+        EXPECT_EQ(writer.Flush(), FORMAT_OK);
+        EXPECT_TRUE(buffered.Flush());
+        return ReadAll(out);
+    };
+    const Bytes oneByOne = writeAll(1, true);
+    for (const unsigned workers : kWorkerCounts) {
+        SCOPED_TRACE(workers);
+        EXPECT_EQ(writeAll(workers, false), oneByOne);
+    }
+}
+
 TEST_F(ParallelDataStreamTest, ProgressIsTheSameSequenceForAnyWorkerCount) {
     recorder_.Attach(settings_);
     // 250 whole pieces and a short one (a call every third piece), then a size at a multiple of

@@ -17,18 +17,10 @@ std::string RunWith(const std::vector<std::u16string>& tokens) {
     return testing::internal::GetCapturedStdout();
 }
 
-const std::string kHelp =
-    "Self-extraction archive: \r\n"
-    "Run it without parameters or with undefined ones to show GUI and control extraction by "
-    "it.\r\n"
-    "For extraction from command line, use both of parameters -key and -target.\r\n"
-    "Parameters: \r\n"
-    "\t-h|-help\tPrint this help\r\n"
-    "\t-key path\tSet path to private key for extraction\r\n"
-    "\t-target path\tSet path to target directory for extraction\r\n"
-    "\t-source path\tSet path to source archive to for extraction\r\n";
-
 TEST(StubEntry, HelpWinsOverEverythingElse) {
+    testing::internal::CaptureStdout();
+    WriteHelpText();
+    const std::string kHelp = testing::internal::GetCapturedStdout();
     EXPECT_EQ(RunWith({u"-h"}), kHelp);
     EXPECT_EQ(RunWith({u"-HELP"}), kHelp);
     EXPECT_EQ(RunWith({u"-key", u"k", u"-target", u"t", u"-h"}), kHelp);

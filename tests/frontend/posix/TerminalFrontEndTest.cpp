@@ -243,11 +243,11 @@ TEST_F(TerminalFrontEndTest, ReplaceQuestionsKeepOrReplaceEachFile) {
     TerminalSession session(program_);
     ASSERT_TRUE(session.Started());
     Answer(session, "", "secret");
-    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel: ")) << session.Output();
     session.Type("maybe");  // not an answer: asked again
-    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel: ")) << session.Output();
     session.Type("n");
-    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel: ")) << session.Output();
     session.Type("y");
     EXPECT_TRUE(session.WaitFor("Extraction has successfully finished")) << session.Output();
     EXPECT_EQ(session.ExitStatus(), 0);
@@ -263,7 +263,7 @@ TEST_F(TerminalFrontEndTest, CancelAtAReplaceQuestionKeepsFinishedFiles) {
         TerminalSession session(program_);
         ASSERT_TRUE(session.Started());
         Answer(session, "", "secret");
-        ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+        ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel: ")) << session.Output();
         if (cancel == "c") {
             session.Type("c");
         } else {

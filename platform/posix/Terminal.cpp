@@ -74,6 +74,9 @@ Input ReadInputByte(unsigned seen, char& byte) {
             continue;  // another look at the interrupts
         }
         const ssize_t n = ::read(fd, &byte, 1);
+        if (interrupts.load() != seen) {
+            return Input::Interrupted;  // Ctrl-C came with the input: it wins
+        }
         if (n == 1) {
             return Input::Byte;
         }

@@ -73,6 +73,7 @@ SecureU16String ReadPasswordInput(const std::string& command) {
 
 // Asks on the terminal; ends the command when the input ends or Ctrl-C is pressed.
 SecureU16String AskPassword(const std::string& command, const std::string& prompt) {
+    platform::CatchInterrupts();  // Ctrl-C ends the question, not the program
     std::optional<SecureU16String> typed = terminal::AskSecret(prompt);
     if (!typed) {
         FailWith(command, "no password entered", kExitCancelled);

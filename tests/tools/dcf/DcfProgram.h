@@ -30,11 +30,12 @@ struct Outcome {
     std::string err;
 };
 
-// Runs dcf in `folder` with `arguments` and `input` on standard input; nothing of it is a
-// terminal.
+// Runs dcf in `folder` with `arguments` and `input` on standard input, without a terminal, with
+// file permissions in force even for root.
 Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input = "");
 
-// A failure is told in one line that begins with "dcf COMMAND: " and holds `needle`.
+// A failure is told in one line that begins with "dcf COMMAND: " ("dcf: " for none) and holds
+// `needle`.
 void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle);
 
 // A prompt to wait for and the line typed once it shows.

@@ -96,8 +96,8 @@ void ProgressLine::Update(std::uint32_t percent, std::uint64_t total, std::u16st
         rateStart_ = now;
         rateBase_ = done;
     }
-    if (!enabled_ || now - start_ < quietStart_) {
-        return;
+    if (!enabled_ || now - start_ < quietStart_ || (!drawn_ && percent >= 100 && total != 0)) {
+        return;  // a run that is over at its first update shows nothing
     }
     std::vector<std::string> fields = {Bar(percent), std::to_string(percent) + "%"};
     if (total != 0) {

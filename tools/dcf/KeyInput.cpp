@@ -202,11 +202,11 @@ void LoadNewPassword(const std::string& command, const std::string& archive,
     if (!bytes) {
         FailWith(command, "the password is longer than 64 bytes", kExitUsage);
     }
-    if (const auto warning = CutCharactersWarning(password.View())) {
-        Note(command, *warning);
-    }
     if (bytes->empty()) {
         FailWith(command, "nothing of the password is left once cut to low bytes", kExitUsage);
+    }
+    if (const auto warning = CutCharactersWarning(password.View())) {
+        Note(command, *warning);
     }
     if (typed) {
         if (const auto warning = WeakPasswordWarning(password.View())) {

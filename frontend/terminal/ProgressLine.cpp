@@ -70,7 +70,8 @@ std::string FitProgressLine(const std::vector<std::string>& fields, std::string_
     }
     const std::size_t used = Columns(line) + (line.empty() ? 0 : kGap.size());
     constexpr std::string_view kCut = "...";
-    if (status.empty() || used + kCut.size() + 1 > width) {
+    constexpr std::size_t kShortestStatus = 8;  // less would show nothing that tells
+    if (status.empty() || used + kShortestStatus > width) {
         return line;
     }
     line += line.empty() ? "" : std::string(kGap);

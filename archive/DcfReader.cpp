@@ -197,9 +197,8 @@ std::optional<FormatResult> ArchiveBodyReader::ReadNames(dcf::NameLists& names) 
     }
     // Every name is judged before anything is written.
     for (const auto* list : {&lists->folders, &lists->files}) {
-        const auto unsafe = std::find_if_not(list->begin(), list->end(), [](const auto& name) {
-            return IsSafeArchiveName(name);
-        });
+        const auto unsafe = std::find_if_not(
+            list->begin(), list->end(), [](const auto& name) { return IsSafeArchiveName(name); });
         if (unsafe != list->end()) {
             report_.unsafeName = *unsafe;
             return FORMAT_FAILED;

@@ -25,7 +25,8 @@ void Print(std::u16string_view text) {
 // A path typed on the terminal, with Tab completion and "~" for the home folder; nothing when the
 // user ended the input or pressed Ctrl-C.
 std::optional<std::u16string> AskPath(std::string_view prompt) {
-    const std::optional<std::string> typed = terminal::AskLine(prompt, platform::LineEditing::Paths);
+    const std::optional<std::string> typed =
+        terminal::AskLine(prompt, platform::LineEditing::Paths);
     if (!typed) {
         return std::nullopt;
     }

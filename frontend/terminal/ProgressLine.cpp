@@ -106,8 +106,8 @@ void ProgressLine::Update(std::uint32_t percent, std::uint64_t total, std::u16st
         const double rate = seconds > 0 ? (done - rateBase_) / seconds : 0;
         fields.push_back(ByteCount(done) + " of " + ByteCount(static_cast<double>(total)));
         fields.push_back(ByteCount(rate) + "/s");
-        fields.push_back(
-            (rate > 0 ? Duration((static_cast<double>(total) - done) / rate) : "?") + " left");
+        fields.push_back((rate > 0 ? Duration((static_cast<double>(total) - done) / rate) : "?") +
+                         " left");
     }
     const auto width = static_cast<std::size_t>(platform::TerminalColumns() - 1);
     // "\x1b[K" clears what a longer line left behind.

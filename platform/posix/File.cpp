@@ -80,7 +80,8 @@ ErrorCode File::Open(const std::u16string& path, OpenMode mode) {
     struct stat info {};
     if (::fstat(fd, &info) == 0 && S_ISDIR(info.st_mode)) {
         ::close(fd);
-        return kErrorDirectoryNotSupported;  // Windows answers 5; a Linux user reads "Is a directory"
+        return kErrorDirectoryNotSupported;  // Windows answers 5; a Linux user reads "Is a
+                                             // directory"
     }
     handle_ = fd;
     return kErrorSuccess;

@@ -48,8 +48,8 @@ std::vector<std::string> PathCompletions(std::string_view typed) {
             continue;
         }
         struct stat info {};
-        const bool isFolder = ::stat((folder + std::string(name)).c_str(), &info) == 0 &&
-                              S_ISDIR(info.st_mode);
+        const bool isFolder =
+            ::stat((folder + std::string(name)).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
         names.push_back(std::string(name) + (isFolder ? "/" : ""));
     }
     std::sort(names.begin(), names.end());

@@ -86,9 +86,8 @@ void MergeField(const char* field, const std::string& id, const std::string& fil
         return;
     }
     if (merged && *merged != *given) {
-        throw std::invalid_argument("category " + id + " has \"" + field + "\" " +
-                                    Shown(*merged) + " for " + firstFile + " and " +
-                                    Shown(*given) + " for " + file +
+        throw std::invalid_argument("category " + id + " has \"" + field + "\" " + Shown(*merged) +
+                                    " for " + firstFile + " and " + Shown(*given) + " for " + file +
                                     "; give each category one set of fields");
     }
     merged = given;
@@ -153,8 +152,7 @@ void ApplyCategoryManifest(const std::string& command, const std::string& path,
             tagged.emplace_back(file->second, std::vector<Zelmarik::CGuid>{});
             for (const json& object : categories) {
                 const Mention mention = ParseMention(object);
-                CategoryFields& fields =
-                    merged[platform::Utf16ToUtf8(mention.guid.DebugLog())];
+                CategoryFields& fields = merged[platform::Utf16ToUtf8(mention.guid.DebugLog())];
                 if (fields.firstFile.empty()) {
                     fields.firstFile = key;
                 }

@@ -184,9 +184,9 @@ void RunCreate(const CreateOptions& options) {
     if (!options.quiet) {
         std::cout << "Created " << written << ": " << Counted(listing.files, "file") << ", "
                   << Counted(listing.folders, "folder") << ", " << listing.totalSize << " bytes"
-                  << (listing.leftOut == 0 ? ""
-                                           : "; " + std::to_string(listing.leftOut) +
-                                                 " left out, as noted above")
+                  << (listing.leftOut == 0
+                          ? ""
+                          : "; " + std::to_string(listing.leftOut) + " left out, as noted above")
                   << '\n';
     }
 }
@@ -207,9 +207,10 @@ void AddCreateCommand(CLI::App& app) {
                      "The new archive; .dcf (or .exe with --sfx) is added when missing")
         ->required();
     command->add_option("PATH", options->paths, "Files and folders to store")->required();
-    command->add_option("--exclude", options->excluded,
-                        "Leave out what matches PATTERN (* ? [..]) by its name in the archive or "
-                        "its last name; may be given again")
+    command
+        ->add_option("--exclude", options->excluded,
+                     "Leave out what matches PATTERN (* ? [..]) by its name in the archive or "
+                     "its last name; may be given again")
         ->type_name("PATTERN")
         ->allow_extra_args(false);
     auto* file = command->add_option("--password-file", options->password.passwordFile,

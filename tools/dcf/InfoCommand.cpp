@@ -29,10 +29,10 @@ struct InfoOptions {
 [[noreturn]] void FailOnPreamble(const std::string& archive, ImageSource& source) {
     std::array<std::uint8_t, dcf::kSignatureSize> head{};
     std::size_t got = 0;
-    const bool signature = source.stream.Seek(source.offset) == platform::kErrorSuccess &&
-                           source.stream.Read(head.data(), head.size(), got) ==
-                               platform::kErrorSuccess &&
-                           got == head.size() && dcf::HasSignature(head);
+    const bool signature =
+        source.stream.Seek(source.offset) == platform::kErrorSuccess &&
+        source.stream.Read(head.data(), head.size(), got) == platform::kErrorSuccess &&
+        got == head.size() && dcf::HasSignature(head);
     FailWith(kCommand,
              archive + (signature ? ": damaged: the category preamble runs past the end of the file"
                                   : ": not a DCF archive (no signature at offset " +
@@ -54,8 +54,8 @@ void PrintJson(const InfoOptions& options, const ImageSource& source,
                   << "{\"id\": " << JsonString(platform::Utf16ToUtf8(category.Id.DebugLog()))
                   << ", \"name\": " << JsonString(platform::Utf16ToUtf8(category.Name))
                   << ", \"kind\": " << category.Kind << ", \"kindName\": "
-                  << JsonString(platform::Utf16ToUtf8(
-                         Zelmarik::CDlpCategory::KindText(category.Kind)))
+                  << JsonString(
+                         platform::Utf16ToUtf8(Zelmarik::CDlpCategory::KindText(category.Kind)))
                   << ", \"hasPriority\": " << (category.Flags.HasPriority ? "true" : "false")
                   << ", \"priority\": " << category.Priority
                   << ", \"unified\": " << (category.Flags.Unified ? "true" : "false")

@@ -117,9 +117,11 @@ void PrintShort(const Inspection& inspection) {
 }
 
 void PrintLong(const Inspection& inspection) {
-    std::cout << std::setw(14) << "Size" << std::setw(14) << "Packed" << "  Name\n";
+    std::cout << std::setw(14) << "Size" << std::setw(14) << "Packed"
+              << "  Name\n";
     for (const std::u16string* folder : inspection.folders) {
-        std::cout << std::setw(28) << "" << "  " << DisplayName(*folder) << "/\n";
+        std::cout << std::setw(28) << ""
+                  << "  " << DisplayName(*folder) << "/\n";
     }
     std::uint64_t size = 0;
     std::uint64_t packed = 0;

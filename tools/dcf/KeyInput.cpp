@@ -91,6 +91,31 @@ void Assign(std::u16string& field, const SecureU16String& password) {
     field.assign(password.View());
 }
 
+// The password of the file or standard input, or else typed on the terminal (twice, and not
+// empty, with `confirm`). Without a terminal the command ends, naming the options `instead`.
+SecureU16String ObtainPassword(const std::string& command, const std::string& archive,
+                               const std::string& file, bool fromInput, bool confirm,
+                               const std::string& instead, bool& typed) {
+    typed = file.empty() && !fromInput;
+    if (!file.empty()) {
+        return ReadPasswordFile(command, file);
+    }
+    if (fromInput) {
+        return ReadPasswordInput(command);
+    }
+    if (!platform::HasTerminal()) {
+        FailWith(command, "no terminal to ask for the password: give " + instead, kExitUsage);
+    }
+    SecureU16String password = AskPassword(command, "Password for " + archive + ": ");
+    if (confirm) {
+        RefuseEmpty(command, password);
+        if (AskPassword(command, "Repeat the password: ").View() != password.View()) {
+            FailWith(command, "the two passwords differ", kExitUsage);
+        }
+    }
+    return password;
+}
+
 // 1024 hexadecimal digits, line ends and blanks ignored; nothing for any other text.
 std::optional<std::string> PublicKeyDigits(const std::string& text) {
     std::string digits;
@@ -153,17 +178,10 @@ void LoadKeys(const std::string& command, const std::string& archive, const KeyO
         request.keyGiven = true;
         return;
     }
-    SecureU16String password;
-    if (!options.passwordFile.empty()) {
-        password = ReadPasswordFile(command, options.passwordFile);
-    } else if (options.passwordStdin) {
-        password = ReadPasswordInput(command);
-    } else if (platform::HasTerminal()) {
-        password = AskPassword(command, "Password for " + archive + ": ");
-    } else {
-        FailWith(command, "no terminal to ask for the password: give --password-file, "
-                          "--password-stdin or --key", kExitUsage);
-    }
+    bool typed = false;
+    const SecureU16String password =
+        ObtainPassword(command, archive, options.passwordFile, options.passwordStdin, false,
+                       "--password-file, --password-stdin or --key", typed);
     RefuseEmpty(command, password);
     Assign(request.password, password);
     request.passwordGiven = true;
@@ -179,24 +197,10 @@ void LoadNewPassword(const std::string& command, const std::string& archive,
         }
         return;
     }
-    SecureU16String password;
     bool typed = false;
-    if (!options.passwordFile.empty()) {
-        password = ReadPasswordFile(command, options.passwordFile);
-    } else if (options.passwordStdin) {
-        password = ReadPasswordInput(command);
-    } else if (platform::HasTerminal()) {
-        password = AskPassword(command, "Password for " + archive + ": ");
-        RefuseEmpty(command, password);
-        const SecureU16String repeated = AskPassword(command, "Repeat the password: ");
-        if (repeated.View() != password.View()) {
-            FailWith(command, "the two passwords differ", kExitUsage);
-        }
-        typed = true;
-    } else {
-        FailWith(command, "no terminal to ask for the password: give --password-file, "
-                          "--password-stdin or --no-password with --recipient", kExitUsage);
-    }
+    const SecureU16String password = ObtainPassword(
+        command, archive, options.passwordFile, options.passwordStdin, true,
+        "--password-file, --password-stdin or --no-password with --recipient", typed);
     RefuseEmpty(command, password);
     const auto bytes = PasswordBytes(password.View());
     if (!bytes) {
@@ -227,8 +231,9 @@ void LoadRecipient(const std::string& command, const std::string& path,
     const std::optional<std::string> digits = PublicKeyDigits(text);
     if (!digits) {
         FailWith(command,
-                 path + ": not a public key text (1024 hexadecimal digits, the .pubkey of dcf "
-                        "keygen)",
+                 path +
+                     ": not a public key text (1024 hexadecimal digits, the .pubkey of dcf "
+                     "keygen)",
                  kExitUsage);
     }
     request.securityKey.SetPublicKeyText(*digits);

@@ -16,9 +16,9 @@ constexpr double kGuessesPerSecond = 5e6;
 
 // Passwords that guessers try first, lower case.
 constexpr std::u16string_view kWellKnown[] = {
-    u"password", u"passw0rd", u"123456",  u"qwerty",   u"letmein", u"secret",
-    u"admin",    u"welcome",  u"iloveyou", u"monkey",  u"dragon",  u"abc123",
-    u"football", u"sunshine", u"princess", u"master",  u"111111",  u"123123"};
+    u"password", u"passw0rd", u"123456",   u"qwerty", u"letmein", u"secret",
+    u"admin",    u"welcome",  u"iloveyou", u"monkey", u"dragon",  u"abc123",
+    u"football", u"sunshine", u"princess", u"master", u"111111",  u"123123"};
 
 enum Class { kLower, kUpper, kDigit, kSymbol, kOther };
 
@@ -63,15 +63,15 @@ std::string TimeToGuess(double bits) {
         double seconds;
         const char* name;
     };
-    constexpr Unit kUnits[] = {{365.25 * 86400, "years"}, {86400, "days"}, {3600, "hours"},
-                               {60, "minutes"}};
+    constexpr Unit kUnits[] = {
+        {365.25 * 86400, "years"}, {86400, "days"}, {3600, "hours"}, {60, "minutes"}};
     if (seconds < 60) {
         return "less than a minute";
     }
     for (const Unit& unit : kUnits) {
         if (seconds >= unit.seconds) {
-            return "about " + std::to_string(static_cast<long long>(seconds / unit.seconds)) +
-                   " " + unit.name;
+            return "about " + std::to_string(static_cast<long long>(seconds / unit.seconds)) + " " +
+                   unit.name;
         }
     }
     return "minutes";

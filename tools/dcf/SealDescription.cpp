@@ -28,8 +28,10 @@ std::string SuiteInWords(std::uint32_t suite) {
     }
     std::string text;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        text += (i == 0 ? "" : i + 1 == names.size() ? " and " : ", ") + names[i] + " (" +
-                std::to_string(bits[i]) + "-bit key)";
+        text += (i == 0                  ? ""
+                 : i + 1 == names.size() ? " and "
+                                         : ", ") +
+                names[i] + " (" + std::to_string(bits[i]) + "-bit key)";
     }
     return text + " in cascade";
 }

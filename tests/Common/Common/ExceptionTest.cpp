@@ -41,8 +41,8 @@ TEST(SystemException, DescribesTheErrorWithoutTheFullStop) {
     // The system's own wording differs between systems ("Access is denied.\r\n", "Permission
     // denied"): the line end and a final full stop are dropped.
     std::string message = platform::Utf16ToUtf8(platform::SystemErrorText(5));
-    while (!message.empty() && (message.back() == '\n' || message.back() == '\r' ||
-                                message.back() == '.')) {
+    while (!message.empty() &&
+           (message.back() == '\n' || message.back() == '\r' || message.back() == '.')) {
         message.pop_back();
     }
     ASSERT_FALSE(message.empty());

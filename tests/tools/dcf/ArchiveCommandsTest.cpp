@@ -232,9 +232,9 @@ TEST_F(ArchiveCommandsTest, ExitCodesAndMessagesByClassOfFailure) {
     EXPECT_FALSE(fs::exists(Path("out")));  // the folder it made for nothing is gone
 
     // A name that would leave the target is named as such, before anything is written.
-    WriteAll(Path("escape.dcf"), tests::BuildImage(tests::ImageSettings{}, {},
-                                                    {{u"\\ok", Bytes(3, 'o'), {}},
-                                                     {u"\\..\\evil", Bytes(4, 'e'), {}}}));
+    WriteAll(Path("escape.dcf"),
+             tests::BuildImage(tests::ImageSettings{}, {},
+                               {{u"\\ok", Bytes(3, 'o'), {}}, {u"\\..\\evil", Bytes(4, 'e'), {}}}));
     const Outcome escape = Dcf("extract escape.dcf -C out/deep" + WithPassword());
     EXPECT_EQ(escape.code, kDamaged);
     ExpectOneLine(escape, "extract", "would leave the target folder, \"../evil\"");

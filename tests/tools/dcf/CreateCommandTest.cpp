@@ -100,8 +100,8 @@ TEST_F(CreateCommandTest, PathsFromSeveralFoldersKeepTheirLastNames) {
 }
 
 TEST_F(CreateCommandTest, WhatCannotBeStoredIsLeftOutWithANote) {
-    for (const char* name : {"back\\slash.txt", "colon:name.txt", "aux.txt", "dot.", "blank ",
-                             "latin\xE9.txt"}) {
+    for (const char* name :
+         {"back\\slash.txt", "colon:name.txt", "aux.txt", "dot.", "blank ", "latin\xE9.txt"}) {
         WriteAll(Path(std::string("data/notes/") + name), "left out");
     }
     WriteAll(Path("data/notes/kept. x"), "kept");
@@ -159,7 +159,8 @@ TEST_F(CreateCommandTest, ArgumentsThatCannotMakeAnArchiveAreRefusedInOneLine) {
              {reports + "--password-stdin", "", kUsage, "the password is empty"},
              {reports + "--password-file empty", "", kUsage, "the password is empty"},
              {reports + "--password-file bom", "", kUsage, "the password is empty"},
-             {reports + "--password-stdin", "\xC4\x80x\n", kUsage, "nothing of the password is left"},
+             {reports + "--password-stdin", "\xC4\x80x\n", kUsage,
+              "nothing of the password is left"},
              {reports + "--no-password --recipient bad.pubkey", "", kUsage, "not a public key"},
              {reports + "--no-password --recipient nowhere.pubkey", "", kIo,
               "nowhere.pubkey: No such file or directory"},
@@ -178,8 +179,9 @@ TEST_F(CreateCommandTest, ArgumentsThatCannotMakeAnArchiveAreRefusedInOneLine) {
 }
 
 TEST_F(CreateCommandTest, PasswordBeyondLatin1IsWarnedAbout) {
-    const Outcome created =
-        Dcf("create cut data/notes --password-stdin", "\xC5\xBE" "abcdefgh\n");  // "žabcdefgh"
+    const Outcome created = Dcf("create cut data/notes --password-stdin",
+                                "\xC5\xBE"
+                                "abcdefgh\n");  // "žabcdefgh"
     ASSERT_EQ(created.code, 0) << created.err;
     EXPECT_NE(created.err.find("keeps only the low byte of each character beyond Latin-1 "
                                "(\xC5\xBE), so other passwords open it too"),
@@ -304,8 +306,7 @@ TEST_F(CreateCommandTest, PasswordIsAskedTwiceWithoutEchoOnATerminal) {
     std::string transcript = ReadAll(Path("transcript"));
     EXPECT_EQ(transcript.find(strong), std::string::npos) << transcript;
     // One line end between the two prompts, and no advice for a strong password.
-    EXPECT_NE(transcript.find("Password for t: \r\nRepeat the password: \r\n"),
-              std::string::npos)
+    EXPECT_NE(transcript.find("Password for t: \r\nRepeat the password: \r\n"), std::string::npos)
         << transcript;
     EXPECT_EQ(transcript.find("easy to guess"), std::string::npos) << transcript;
     ASSERT_EQ(Dcf("extract t.dcf -C out --password-stdin", strong + "\n").code, 0);
@@ -363,8 +364,7 @@ TEST_F(CreateCommandTest, LongRunsShowTheirProgressOnATerminal) {
         byte = static_cast<char>(state);
     }
     WriteAll(Path("big/noise.bin"), noise);
-    ASSERT_EQ(RunDcfOnTerminal(folder_.Native(), "create big big --password-file password", {}),
-              0);
+    ASSERT_EQ(RunDcfOnTerminal(folder_.Native(), "create big big --password-file password", {}), 0);
     const std::string transcript = ReadAll(Path("transcript"));
     EXPECT_NE(transcript.find("% "), std::string::npos) << transcript;
     EXPECT_NE(transcript.find(" of 64.0 MiB "), std::string::npos) << transcript;

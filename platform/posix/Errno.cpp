@@ -14,8 +14,9 @@ ErrorCode FromErrno(int error) {
             return kErrorPathNotFound;
         case EACCES:
         case EPERM:
-        case EISDIR:
             return kErrorAccessDenied;
+        case EISDIR:
+            return kErrorDirectoryNotSupported;
         case EBADF:
             return kErrorInvalidHandle;
         case ENOMEM:

@@ -80,7 +80,8 @@ ErrorCode File::Open(const std::u16string& path, OpenMode mode) {
     struct stat info {};
     if (::fstat(fd, &info) == 0 && S_ISDIR(info.st_mode)) {
         ::close(fd);
-        return kErrorAccessDenied;  // as Windows answers for a folder opened as a file
+        return kErrorDirectoryNotSupported;  // Windows answers 5; a Linux user reads "Is a
+                                             // directory"
     }
     handle_ = fd;
     return kErrorSuccess;
@@ -199,7 +200,7 @@ ErrorCode RemoveFile(const std::u16string& path) {
     const std::string native = Native(path);
     struct stat info {};
     if (::lstat(native.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
-        return kErrorAccessDenied;
+        return kErrorDirectoryNotSupported;
     }
     return ::unlink(native.c_str()) == 0 ? kErrorSuccess : PathError(native);
 }
@@ -254,6 +255,11 @@ ErrorCode CopyFileReplacing(const std::u16string& from, const std::u16string& to
 ErrorCode MakeDirectory(const std::u16string& path) {
     const std::string native = Native(path);
     return ::mkdir(native.c_str(), 0777) == 0 ? kErrorSuccess : PathError(native);
+}
+
+ErrorCode RemoveEmptyDirectory(const std::u16string& path) {
+    const std::string native = Native(path);
+    return ::rmdir(native.c_str()) == 0 ? kErrorSuccess : PathError(native);
 }
 
 ErrorCode CreateTempFile(const std::u16string& folder, const std::u16string& prefix,

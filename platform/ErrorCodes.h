@@ -34,7 +34,6 @@ inline constexpr ErrorCode kErrorAlreadyExists = 183;
 inline constexpr ErrorCode kErrorFilenameExcedRange = 206;
 inline constexpr ErrorCode kErrorNoMoreItems = 259;
 inline constexpr ErrorCode kErrorDirectory = 267;
-inline constexpr ErrorCode kErrorDirectoryNotSupported = 336;
 inline constexpr ErrorCode kErrorNotFound = 1168;
 
 }  // namespace platform

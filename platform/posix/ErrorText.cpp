@@ -34,7 +34,6 @@ constexpr std::pair<ErrorCode, const char16_t*> kTexts[] = {
     {kErrorFilenameExcedRange, u"File name too long"},
     {kErrorNoMoreItems, u"No more data"},
     {kErrorDirectory, u"Not a directory"},
-    {kErrorDirectoryNotSupported, u"Is a directory"},
     {kErrorNotFound, u"No data available"},
 };
 

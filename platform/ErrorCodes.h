@@ -35,7 +35,6 @@ inline constexpr ErrorCode kErrorFilenameExcedRange = 206;
 inline constexpr ErrorCode kErrorNoMoreItems = 259;
 inline constexpr ErrorCode kErrorDirectory = 267;
 inline constexpr ErrorCode kErrorStoppedOnSymlink = 681;
-inline constexpr ErrorCode kErrorDirectoryNotSupported = 336;
 inline constexpr ErrorCode kErrorNotFound = 1168;
 
 }  // namespace platform

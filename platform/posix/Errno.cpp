@@ -14,9 +14,8 @@ ErrorCode FromErrno(int error) {
             return kErrorPathNotFound;
         case EACCES:
         case EPERM:
-            return kErrorAccessDenied;
         case EISDIR:
-            return kErrorDirectoryNotSupported;
+            return kErrorAccessDenied;
         case EBADF:
             return kErrorInvalidHandle;
         case ENOMEM:

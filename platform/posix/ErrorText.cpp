@@ -35,7 +35,6 @@ constexpr std::pair<ErrorCode, const char16_t*> kTexts[] = {
     {kErrorNoMoreItems, u"No more data"},
     {kErrorDirectory, u"Not a directory"},
     {kErrorStoppedOnSymlink, u"Too many levels of symbolic links"},
-    {kErrorDirectoryNotSupported, u"Is a directory"},
     {kErrorNotFound, u"No data available"},
 };
 

@@ -80,8 +80,7 @@ ErrorCode File::Open(const std::u16string& path, OpenMode mode) {
     struct stat info {};
     if (::fstat(fd, &info) == 0 && S_ISDIR(info.st_mode)) {
         ::close(fd);
-        return kErrorDirectoryNotSupported;  // Windows answers 5; a Linux user reads "Is a
-                                             // directory"
+        return kErrorAccessDenied;  // as Windows answers for a folder opened as a file
     }
     handle_ = fd;
     return kErrorSuccess;
@@ -200,7 +199,7 @@ ErrorCode RemoveFile(const std::u16string& path) {
     const std::string native = Native(path);
     struct stat info {};
     if (::lstat(native.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
-        return kErrorDirectoryNotSupported;
+        return kErrorAccessDenied;
     }
     return ::unlink(native.c_str()) == 0 ? kErrorSuccess : PathError(native);
 }

@@ -14,7 +14,7 @@ ImageSource OpenImage(const std::string& command, const std::string& path) {
     ImageSource source;
     const platform::ErrorCode error = source.stream.Open(native, platform::OpenMode::Read);
     if (error != platform::kErrorSuccess) {
-        FailWith(command, path + ": " + DescribeError(error), kExitIo);
+        FailWith(command, path + ": " + DescribeError(error, native), kExitIo);
     }
     SfxTrailerBytes trailer{};
     if (ReadSfxTrailer(source.stream, trailer) && HasSfxSignature(trailer)) {

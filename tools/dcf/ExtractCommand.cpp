@@ -142,8 +142,10 @@ void AddExtractCommand(CLI::App& app) {
     command->add_option("MEMBER", options->members, "Names or patterns of what to extract");
     command->add_option("-C,--directory", options->directory, "Target folder, made when missing")
         ->capture_default_str();
-    command->add_option("--strip-components", options->strip,
-                        "Leave out N leading folders of each name; shorter names are skipped");
+    command
+        ->add_option("--strip-components", options->strip,
+                     "Leave out N leading folders of each name; shorter names are skipped")
+        ->type_name("N");
     AddKeyOptions(*command, options->keys);
     command
         ->add_option("--overwrite", options->overwrite,

@@ -48,7 +48,8 @@ SecureU16String FirstLine(const std::string& command, const std::string& source,
 SecureU16String ReadPasswordFile(const std::string& command, const std::string& path) {
     platform::File file;
     std::uint64_t size = 0;
-    platform::ErrorCode error = file.Open(PathFromArgument(path), platform::OpenMode::Read);
+    const std::u16string native = PathFromArgument(path);
+    platform::ErrorCode error = file.Open(native, platform::OpenMode::Read);
     if (error == platform::kErrorSuccess) {
         error = file.Size(size);
     }
@@ -58,7 +59,7 @@ SecureU16String ReadPasswordFile(const std::string& command, const std::string& 
         error = file.Read(text.data(), text.size(), got);
     }
     if (error != platform::kErrorSuccess) {
-        FailWith(command, path + ": " + DescribeError(error), kExitIo);
+        FailWith(command, path + ": " + DescribeError(error, native), kExitIo);
     }
     return FirstLine(command, path, std::string_view(text.data(), got));
 }
@@ -175,7 +176,10 @@ void LoadKeys(const std::string& command, const std::string& archive, const KeyO
                      kExitBadKey);
         }
         if (error != 0) {
-            FailWith(command, options.keyFile + ": " + DescribeError(error), kExitIo);
+            FailWith(
+                command,
+                options.keyFile + ": " + DescribeError(error, PathFromArgument(options.keyFile)),
+                kExitIo);
         }
         request.keyGiven = true;
         return;
@@ -228,7 +232,7 @@ void LoadRecipient(const std::string& command, const std::string& path,
     platform::ErrorCode error = platform::kErrorSuccess;
     const std::string text = FileStart(path, error);
     if (error != platform::kErrorSuccess) {
-        FailWith(command, path + ": " + DescribeError(error), kExitIo);
+        FailWith(command, path + ": " + DescribeError(error, PathFromArgument(path)), kExitIo);
     }
     const std::optional<std::string> digits = PublicKeyDigits(text);
     if (!digits) {

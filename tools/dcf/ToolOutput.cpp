@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "platform/ErrorText.h"
+#include "platform/File.h"
 #include "platform/Text.h"
 
 namespace dcf {
@@ -31,7 +32,10 @@ void Note(const std::string& command, const std::string& message) {
     std::cerr << Prefix(command) << message << '\n';
 }
 
-std::string DescribeError(platform::ErrorCode error) {
+std::string DescribeError(platform::ErrorCode error, const std::u16string& path) {
+    if (error == platform::kErrorAccessDenied && !path.empty() && platform::IsDirectory(path)) {
+        return "Is a directory";
+    }
     std::string text = platform::Utf16ToUtf8(platform::SystemErrorText(error));
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' ')) {
         text.pop_back();

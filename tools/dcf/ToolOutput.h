@@ -26,8 +26,10 @@ inline constexpr int kExitCancelled = 6;
 // "dcf <command>: <message>" on standard error; the command goes on.
 void Note(const std::string& command, const std::string& message);
 
-// The system's words for a Windows error number, as a user of this system reads them.
-std::string DescribeError(platform::ErrorCode error);
+// The system's words for a Windows error number, as a user of this system reads them. With the
+// `path` that failed, a folder opened as a file is "Is a directory", where the portable code
+// answers "access denied" as Windows does.
+std::string DescribeError(platform::ErrorCode error, const std::u16string& path = {});
 
 // Text from an archive or the system made safe for a terminal, as bsdtar does: a control
 // character (C0, DEL or C1) becomes "\n", "\t" and the like or octal "\ooo" per byte, a

@@ -4,9 +4,11 @@
 
 #include <string>
 
+#include "DcfVersion.h"
+
 namespace {
 
-TEST(HelpText, IsTheDialogStubsTextWordForWord) {
+TEST(HelpText, IsTheDialogStubsTextWordForWordThenTheVersion) {
     std::string help;
     for (const std::string_view piece : HelpTextPieces()) {
         help += piece;
@@ -20,7 +22,8 @@ TEST(HelpText, IsTheDialogStubsTextWordForWord) {
               "\t-h|-help\tPrint this help\r\n"
               "\t-key path\tSet path to private key for extraction\r\n"
               "\t-target path\tSet path to target directory for extraction\r\n"
-              "\t-source path\tSet path to source archive to for extraction\r\n");
+              "\t-source path\tSet path to source archive to for extraction\r\n"
+              "Vomdrel " DCF_VERSION_TEXT "\r\n");
 }
 
 }  // namespace

@@ -352,7 +352,7 @@ TEST_F(ArchiveCommandsTest, TargetsThatCannotBeMadeEndWithTheIoCode) {
         std::string obstacle;
         std::string needle;
     };
-    for (const Row& row : {Row{"file d", "out/d/a: The directory name is invalid"},
+    for (const Row& row : {Row{"file d", "out/d/a: Not a directory"},
                            Row{"folder d/a", "out/d/a: a folder of that name is in the way"},
                            Row{"link d/a", "out/d/a: a link or special file"}}) {
         SCOPED_TRACE(row.obstacle);
@@ -392,6 +392,9 @@ TEST_F(ArchiveCommandsTest, SignalsLeaveNoHalfWrittenFile) {
             continue;  // it was faster than the signal: the file is complete, as checked below
         }
         EXPECT_EQ(stopped.code, kCancelled) << stopped.err;
+        if (!fs::exists(Path("out"))) {
+            continue;  // the target folder it made went again, empty
+        }
         for (const auto& entry : fs::recursive_directory_iterator(Path("out"))) {
             ADD_FAILURE() << "left behind: " << entry.path();
         }

@@ -129,9 +129,13 @@ void DataStreamReader::ReadBatch(Batch& batch, std::uint64_t limit) {
     }
 }
 
-void DataStreamReader::StartInflating(const Batch& batch) {
+void DataStreamReader::StartInflating(const Batch& batch, bool callerBusy) {
     // The job's indices count from the batch's first slot.
     inflateFirst_ = batch.first;
+    if (batch.count == 1 && !callerBusy) {
+        inflaters_.ForEach(1, inflate_);  // a lone chunk of a small file: no thread to wake
+        return;
+    }
     inflaters_.Start(batch.count, inflate_);
     inflating_ = true;
 }
@@ -196,7 +200,7 @@ FormatResult DataStreamReader::ReadDataStream(BufferedWriter* target, std::uint6
         }
         FinishInflating();
         if (batch.count > 0) {
-            StartInflating(batch);
+            StartInflating(batch, written != nullptr);
         }
         if (written != nullptr) {
             const FormatResult result = WriteBatch(entry, *written, skip);

@@ -12,4 +12,11 @@ struct ArchiveExtractRequest {
     Zelmarik::DCCSecurityKey securityKey;
     bool passwordGiven = false;  // a note for the caller: extraction goes by what password holds
     std::u16string password;     // each character is narrowed to its low byte before use
+    // An entry that is the source file itself is written beside it and takes its place at the
+    // end of the run, unasked: the self-extracting file that carries a newer version of itself.
+    // Without this the source is never replaced, whatever the entry is called.
+    bool mayReplaceSource = false;
+    // A file cut short by a failure or a cancel stays under its name with what was written;
+    // without this it is deleted, and no file under a real name is ever incomplete.
+    bool keepPartialFile = true;
 };

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 
 #include "archive/FileFormat.h"
 #include "platform/File.h"
-#include "platform/Text.h"
 
 namespace {
 
@@ -60,13 +58,6 @@ bool HasSafeComponents(std::u16string_view name, bool withBackslashRules) {
     }
 }
 
-// The path that the platform opens: from UTF-8 with U+FFFD for an unpaired surrogate. A path
-// made from the UTF-16 text itself would throw for such a name.
-std::filesystem::path PlatformPath(const std::u16string& path) {
-    const std::string utf8 = platform::Utf16ToUtf8(path);
-    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
 }  // namespace
 
 std::u16string TargetRoot(const std::u16string& targetPath) {
@@ -93,19 +84,15 @@ std::u16string JoinArchiveName(const std::u16string& root, std::u16string_view n
     return path;
 }
 
-bool PassesThroughLink(const std::u16string& root, std::u16string_view name) {
-    std::size_t end = 0;
-    while (end < name.size()) {
-        end = name.find(kArchiveSeparator, end + 1);
-        if (end == std::u16string_view::npos) {
-            end = name.size();
-        }
-        std::error_code error;
-        const auto status = std::filesystem::symlink_status(
-            PlatformPath(JoinArchiveName(root, name.substr(0, end))), error);
-        if (!error && std::filesystem::is_symlink(status)) {
-            return true;
-        }
+std::u16string RelativeArchivePath(std::u16string_view name) {
+    return JoinArchiveName(u"", name.substr(name.empty() ? 0 : 1));
+}
+
+RelativeName SplitArchiveName(std::u16string_view name) {
+    std::u16string path = RelativeArchivePath(name);
+    const std::size_t separator = path.rfind(platform::kPathSeparator);
+    if (separator == std::u16string::npos) {
+        return {std::u16string(), std::move(path)};
     }
-    return false;
+    return {path.substr(0, separator), path.substr(separator + 1)};
 }

@@ -20,6 +20,12 @@ bool IsPortableArchiveName(std::u16string_view name);
 // root + name, with the backslashes of the name turned into the platform's separator.
 std::u16string JoinArchiveName(const std::u16string& root, std::u16string_view name);
 
-// True when an existing component of the name's path under `root` is a symbolic link, which
-// could lead a write out of the target.
-bool PassesThroughLink(const std::u16string& root, std::u16string_view name);
+// A name as a path relative to the target, in the platform's form: its folder ("" for the
+// target itself) and its last component.
+struct RelativeName {
+    std::u16string folder;
+    std::u16string leaf;
+};
+RelativeName SplitArchiveName(std::u16string_view name);
+// The whole name as such a relative path.
+std::u16string RelativeArchivePath(std::u16string_view name);

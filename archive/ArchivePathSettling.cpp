@@ -105,5 +105,5 @@ FormatResult PrepareArchivePath(const DCCFileFormat& format, ArchiveWriteRequest
     if (settled != FORMAT_OK || skip) {
         return settled;
     }
-    return RemoveOldArchive(request->archiveName);
+    return request->replaceWhenComplete ? FORMAT_OK : RemoveOldArchive(request->archiveName);
 }

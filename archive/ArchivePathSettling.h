@@ -18,8 +18,8 @@ FormatResult SettleArchivePath(const DCCFileFormat& format, ArchiveWriteRequest&
 
 // What both formats do before they write: refuse a null request or settings and a request
 // beyond the format's limits (FORMAT_BAD_ARGUMENT), settle the path, and delete the old archive
-// (FORMAT_REPLACE_FAILED when it can't go). From a FORMAT_OK without `skip` on, the old archive
-// is gone.
+// (FORMAT_REPLACE_FAILED when it can't go) unless the request keeps it until the new one is
+// complete. From a FORMAT_OK without `skip` on, the old archive is gone in the first case.
 FormatResult PrepareArchivePath(const DCCFileFormat& format, ArchiveWriteRequest* request,
                                 DCCArchiveUserSettings* settings, bool& skip);
 

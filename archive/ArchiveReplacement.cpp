@@ -33,9 +33,13 @@ bool ArchiveTempFile::Reserve(const std::u16string& folder) {
     return true;
 }
 
-FormatResult ArchiveTempFile::MoveTo(const std::u16string& target) {
-    platform::RemoveFile(target);
-    if (platform::MoveFileNoReplace(path_, target) != platform::kErrorSuccess) {
+FormatResult ArchiveTempFile::MoveTo(const std::u16string& target, bool atOnce) {
+    if (!atOnce) {
+        platform::RemoveFile(target);
+    }
+    const platform::ErrorCode moved = atOnce ? platform::MoveFileReplacing(path_, target)
+                                             : platform::MoveFileNoReplace(path_, target);
+    if (moved != platform::kErrorSuccess) {
         return FORMAT_REPLACE_FAILED;  // the destructor deletes the temporary file
     }
     path_.clear();

@@ -23,9 +23,10 @@ public:
     // False when no such file could be made.
     bool Reserve(const std::u16string& folder);
     const std::u16string& Path() const { return path_; }
-    // Deletes what is at `target` and moves the temporary file there. FORMAT_REPLACE_FAILED
-    // when the move fails; the temporary file is deleted then.
-    FormatResult MoveTo(const std::u16string& target);
+    // Deletes what is at `target` and moves the temporary file there, or with `atOnce` puts it
+    // in the place of what is there in one step. FORMAT_REPLACE_FAILED when the move fails;
+    // the temporary file is deleted then.
+    FormatResult MoveTo(const std::u16string& target, bool atOnce);
 
 private:
     std::u16string path_;

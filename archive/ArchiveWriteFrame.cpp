@@ -19,7 +19,9 @@ FormatResult WriteThroughTemporaryFile(const DCCFileFormat& format, ArchiveWrite
             return FORMAT_FAILED;
         }
         const FormatResult written = fill(temp.Path());
-        return written == FORMAT_OK ? temp.MoveTo(request->archiveName) : written;
+        return written == FORMAT_OK
+                   ? temp.MoveTo(request->archiveName, request->replaceWhenComplete)
+                   : written;
     } catch (const std::bad_alloc&) {
         return FORMAT_FAILED;  // the temporary file is gone with its holder
     }

@@ -1,7 +1,7 @@
 #pragma once
 // The frame in which both formats write an archive: the path settled and the old archive
-// deleted, the new one written under a temporary name in its folder and moved to its name only
-// when all of it was written.
+// deleted (or kept until the end), the new one written under a temporary name in its folder and
+// moved to its name only when all of it was written.
 
 #include <functional>
 #include <string>

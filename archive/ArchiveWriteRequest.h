@@ -30,4 +30,7 @@ struct ArchiveWriteRequest {
     Zelmarik::DCCSecurityKey securityKey;
     bool passwordGiven = false;  // password counts even when it is empty
     std::u16string password;     // each character is narrowed to its low byte
+    // An old archive stays until the new one is complete, which then takes its place in one
+    // step: a failed or interrupted write leaves it as it was. Without this it is deleted first.
+    bool replaceWhenComplete = false;
 };

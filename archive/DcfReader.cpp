@@ -15,6 +15,7 @@
 #include "archive/DcfRecords.h"
 #include "archive/FileFormat.h"
 #include "archive/KeyContext.h"
+#include "platform/TargetTree.h"
 
 namespace {
 
@@ -25,6 +26,21 @@ struct EntryOutcome {
 };
 
 constexpr EntryOutcome kNextEntry{};
+// The prefix of the names under which files are written before they take their own.
+constexpr std::u16string_view kTempPrefix = u"st";
+
+// What is done at an entry's path.
+enum class Disposition {
+    Write,
+    Skip,
+    ReplaceSource,  // written beside the source, which it replaces at the end of the run
+};
+
+// A file that is to take the place of the source at the end of the run.
+struct PendingReplacement {
+    RelativeName target;
+    std::u16string temporary;  // its name in the target's folder meanwhile
+};
 EntryOutcome EndRunWith(FormatResult result) {
     return {EntryOutcome::EndRun, result};
 }
@@ -67,7 +83,8 @@ public:
     ArchiveBodyReader(platform::File& stream, ArchiveExtractRequest& request,
                       DCCArchiveUserSettings& settings, std::vector<std::u16string>& extractedFiles,
                       DCIFileFormatCallback* callback, ArchiveReport& report, bool writeFiles)
-        : source_(stream),
+        : stream_(stream),
+          source_(stream),
           request_(request),
           settings_(settings),
           extractedFiles_(extractedFiles),
@@ -85,10 +102,21 @@ private:
     std::optional<FormatResult> ReadNames(dcf::NameLists& names);
     void CreateFolders(std::vector<std::u16string> folders);
     EntryOutcome ExtractEntry(const std::u16string& name);
-    // Whether `target` may be replaced; nothing when the run ends with that result.
-    std::optional<bool> DecideOnExisting(const std::u16string& target, FormatResult& result);
+    // What to do at the entry's path `target`; nothing when the run ends with `result`.
+    std::optional<Disposition> Decide(const std::u16string& target, const RelativeName& where,
+                                      FormatResult& result);
+    // A new file beside the entry's target, named `temporary`; false when it can't be made.
+    bool OpenTemporary(const RelativeName& where, platform::File& file, std::u16string& temporary);
+    // Writes the entry's data to `file` and gives it the target's name, or for the source leaves
+    // that to the end of the run.
+    FormatResult WriteEntry(const RelativeName& where, platform::File& file,
+                            std::u16string temporary, std::uint64_t size, bool replacesSource);
     FormatResult RunDataStream(BufferedWriter* target, std::uint64_t size, bool skip);
+    // Reads an entry's data stream to its end without writing it.
+    EntryOutcome PassOver(std::uint64_t size);
     void CarryOutPendingReplacement();
+    // A run that ends early leaves the source as it is, and no temporary file.
+    void DropPendingReplacement();
 
     void ReportWriting(const std::u16string& path, bool skipped) {
         if (settings_.onFileWriting != nullptr) {
@@ -96,6 +124,7 @@ private:
         }
     }
 
+    platform::File& stream_;
     BufferedReader source_;
     ArchiveExtractRequest& request_;
     DCCArchiveUserSettings& settings_;
@@ -109,7 +138,9 @@ private:
     std::optional<DataStreamReader> streams_;
     std::u16string targetRoot_;
     std::uint64_t processed_ = 0;
-    std::u16string pendingReplacement_;
+    platform::TargetTree tree_;
+    std::optional<platform::FileIdentity> sourceIdentity_;
+    std::optional<PendingReplacement> pending_;
 };
 
 FormatResult ArchiveBodyReader::SkipPreamble() {
@@ -202,24 +233,32 @@ void ArchiveBodyReader::CreateFolders(std::vector<std::u16string> folders) {
     // Code unit order puts every folder in front of what lies in it.
     std::sort(folders.begin(), folders.end());
     for (const auto& folder : folders) {
-        if (!PassesThroughLink(targetRoot_, folder)) {
-            platform::MakeDirectory(JoinArchiveName(targetRoot_, folder));  // failures ignored
-        }
+        tree_.MakeFolder(RelativeArchivePath(folder));  // failures ignored
     }
 }
 
-std::optional<bool> ArchiveBodyReader::DecideOnExisting(const std::u16string& target,
-                                                        FormatResult& result) {
-    platform::File probe;
-    if (probe.Open(target, platform::OpenMode::Read) != platform::kErrorSuccess) {
-        return true;  // nothing there to decide about
+std::optional<Disposition> ArchiveBodyReader::Decide(const std::u16string& target,
+                                                     const RelativeName& where,
+                                                     FormatResult& result) {
+    platform::EntryKind kind = platform::EntryKind::Missing;
+    platform::FileIdentity identity;
+    if (tree_.Look(where.folder, where.leaf, kind, identity) != platform::kErrorSuccess) {
+        return Disposition::Write;  // the folder can't be reached: making the file tells why
     }
-    probe.Close();
+    const bool isSource = kind == platform::EntryKind::File && sourceIdentity_ == identity;
+    if (isSource && request_.mayReplaceSource) {
+        return Disposition::ReplaceSource;
+    }
+    if (kind == platform::EntryKind::Missing) {
+        return Disposition::Write;
+    }
+    // Only a file other than the source may be replaced, and only that is offered to the user.
+    const bool replaceable = kind == platform::EntryKind::File && !isSource;
     OverwriteMode decision = settings_.overwriteMode;
     if (decision == OVERWRITE_ASK) {
         if (settings_.onFileExists == nullptr) {
             decision = OVERWRITE_CANCEL;
-        } else {
+        } else if (replaceable) {
             bool unused = false;
             decision =
                 settings_.onFileExists(&target, &unused, settings_.Context(CALLBACK_FILE_EXISTS));
@@ -229,7 +268,55 @@ std::optional<bool> ArchiveBodyReader::DecideOnExisting(const std::u16string& ta
         result = FORMAT_CANCELLED;
         return std::nullopt;
     }
-    return decision != OVERWRITE_SKIP;
+    if (decision == OVERWRITE_SKIP) {
+        return Disposition::Skip;
+    }
+    if (!replaceable) {
+        report_.obstacle = isSource                              ? TargetObstacle::SourceArchive
+                           : kind == platform::EntryKind::Folder ? TargetObstacle::Folder
+                                                                 : TargetObstacle::NotAFile;
+        result = FORMAT_TARGET_OPEN_FAILED;
+        return std::nullopt;
+    }
+    return Disposition::Write;
+}
+
+bool ArchiveBodyReader::OpenTemporary(const RelativeName& where, platform::File& file,
+                                      std::u16string& temporary) {
+    report_.targetError = tree_.CreateTempFile(where.folder, kTempPrefix, file, temporary);
+    return report_.targetError == platform::kErrorSuccess;
+}
+
+FormatResult ArchiveBodyReader::WriteEntry(const RelativeName& where, platform::File& file,
+                                           std::u16string temporary, std::uint64_t size,
+                                           bool replacesSource) {
+    // The new file takes the target's name only when it is complete: a link or a second name of
+    // the old file never receives a byte, and the old file stays until the new one is whole.
+    FormatResult written = FORMAT_OK;
+    {
+        BufferedWriter writer(file);
+        written = RunDataStream(&writer, size, false);
+    }
+    file.Close();
+    if (written != FORMAT_OK) {
+        if (request_.keepPartialFile && !replacesSource) {
+            tree_.Rename(where.folder, temporary, where.leaf);
+        } else {
+            tree_.RemoveFile(where.folder, temporary);
+        }
+        return written;
+    }
+    if (replacesSource) {
+        pending_ = PendingReplacement{where, std::move(temporary)};
+        return FORMAT_OK;
+    }
+    if (const platform::ErrorCode error = tree_.Rename(where.folder, temporary, where.leaf);
+        error != platform::kErrorSuccess) {
+        tree_.RemoveFile(where.folder, temporary);
+        report_.targetError = error;
+        return FORMAT_TARGET_OPEN_FAILED;
+    }
+    return FORMAT_OK;
 }
 
 FormatResult ArchiveBodyReader::RunDataStream(BufferedWriter* target, std::uint64_t size,
@@ -241,6 +328,16 @@ FormatResult ArchiveBodyReader::RunDataStream(BufferedWriter* target, std::uint6
     } catch (...) {
         return FORMAT_FAILED;
     }
+}
+
+EntryOutcome ArchiveBodyReader::PassOver(std::uint64_t size) {
+    const FormatResult read = RunDataStream(nullptr, size, true);
+    if (read != FORMAT_OK) {
+        return EndRunWith(read);
+    }
+    processed_ += size;
+    ++report_.entriesDone;
+    return kNextEntry;
 }
 
 EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
@@ -266,61 +363,43 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
     }
     report_.entries.push_back({name, header->size, header->tagFlag != 0, categories});
     if (!writeFiles_) {
-        const FormatResult proven = RunDataStream(nullptr, header->size, true);
-        if (proven != FORMAT_OK) {
-            return EndRunWith(proven);
-        }
-        processed_ += header->size;
-        ++report_.entriesDone;
-        return kNextEntry;
+        return PassOver(header->size);
     }
 
     std::u16string target = JoinArchiveName(targetRoot_, name);
-    if (FoldCase(target) == FoldCase(request_.sourcePath)) {
-        // The archive holds a file that replaces the archive itself: it goes to a temporary
-        // file first and takes the archive's place at the end of the run.
-        const std::size_t separator = target.find_last_of(platform::kPathSeparator);
-        const std::u16string folder =
-            separator == std::u16string::npos ? std::u16string() : target.substr(0, separator);
-        if (platform::CreateTempFile(folder, u"st", target) != platform::kErrorSuccess) {
-            return EndRunWith(FORMAT_TARGET_OPEN_FAILED);
-        }
-        platform::RemoveFile(target);
-        pendingReplacement_ = target;
-    } else {
-        FormatResult ended = FORMAT_OK;
-        const std::optional<bool> replace = DecideOnExisting(target, ended);
-        if (!replace) {
-            return EndRunWith(ended);
-        }
-        if (!*replace) {
-            ReportWriting(target, true);
-            const FormatResult skipped = RunDataStream(nullptr, header->size, true);
-            if (skipped != FORMAT_OK) {
-                return EndRunWith(skipped);
-            }
-            processed_ += header->size;
-            ++report_.entriesDone;
-            return kNextEntry;
-        }
+    const RelativeName where = SplitArchiveName(name);
+    FormatResult ended = FORMAT_OK;
+    const std::optional<Disposition> disposition = Decide(target, where, ended);
+    if (!disposition) {
+        return EndRunWith(ended);
+    }
+    if (*disposition == Disposition::Skip) {
+        ReportWriting(target, true);
+        return PassOver(header->size);
     }
 
-    ReportWriting(target, false);
+    const bool replacesSource = *disposition == Disposition::ReplaceSource;
     platform::File file;
-    if (PassesThroughLink(targetRoot_, name) ||
-        file.Open(target, platform::OpenMode::CreateAlways) != platform::kErrorSuccess) {
+    std::u16string temporary;
+    if (replacesSource) {
+        // Named and told by its temporary name until it takes the source's place.
+        if (!OpenTemporary(where, file, temporary)) {
+            return EndRunWith(FORMAT_TARGET_OPEN_FAILED);
+        }
+        target.resize(target.size() - where.leaf.size());
+        target += temporary;
+    }
+    ReportWriting(target, false);
+    if (!replacesSource && !OpenTemporary(where, file, temporary)) {
         return EndRunWith(FORMAT_TARGET_OPEN_FAILED);
     }
-    {
-        BufferedWriter writer(file);
-        const FormatResult written = RunDataStream(&writer, header->size, false);
-        if (written != FORMAT_OK) {
-            return EndRunWith(written);
-        }
+    const FormatResult written =
+        WriteEntry(where, file, std::move(temporary), header->size, replacesSource);
+    if (written != FORMAT_OK) {
+        return EndRunWith(written);
     }
     processed_ += header->size;
     ++report_.entriesDone;
-    file.Close();
 
     if (header->tagFlag != 0) {
         try {
@@ -340,13 +419,22 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
 }
 
 void ArchiveBodyReader::CarryOutPendingReplacement() {
-    if (pendingReplacement_.empty()) {
+    if (!pending_) {
         return;
     }
-    platform::RemoveFile(request_.sourcePath);
-    if (platform::MoveFileNoReplace(pendingReplacement_, request_.sourcePath) !=
-        platform::kErrorSuccess) {
-        platform::RemoveFile(pendingReplacement_);
+    // Where the source can't lose its name while it is open (Windows), it stays and the
+    // replacement goes.
+    const RelativeName& target = pending_->target;
+    if (tree_.Rename(target.folder, pending_->temporary, target.leaf) != platform::kErrorSuccess) {
+        tree_.RemoveFile(target.folder, pending_->temporary);
+    }
+    pending_.reset();
+}
+
+void ArchiveBodyReader::DropPendingReplacement() {
+    if (pending_) {
+        tree_.RemoveFile(pending_->target.folder, pending_->temporary);
+        pending_.reset();
     }
 }
 
@@ -367,6 +455,12 @@ FormatResult ArchiveBodyReader::Run() {
         return *named;
     }
     if (writeFiles_) {
+        // Nothing is written until the target opens; each file then fails with the reason.
+        report_.targetError = tree_.Open(targetRoot_);
+        if (platform::FileIdentity identity;
+            platform::IdentityOf(stream_, identity) == platform::kErrorSuccess) {
+            sourceIdentity_ = identity;
+        }
         CreateFolders(std::move(names.folders));
     }
     streams_.emplace(source_, *keys_, settings_, header_.totalSize);
@@ -375,6 +469,7 @@ FormatResult ArchiveBodyReader::Run() {
     for (const auto& name : names.files) {
         const EntryOutcome outcome = ExtractEntry(name);
         if (outcome.kind == EntryOutcome::EndRun) {
+            DropPendingReplacement();
             return outcome.result;
         }
         if (outcome.kind == EntryOutcome::LeaveLoop) {

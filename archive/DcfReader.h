@@ -8,6 +8,7 @@
 #include "Common/DataCategory/CategoryContainer.h"
 #include "archive/ArchiveUserSettings.h"
 #include "archive/ResultCodes.h"
+#include "platform/ErrorCodes.h"
 #include "platform/File.h"
 
 struct ArchiveExtractRequest;
@@ -18,6 +19,14 @@ struct ArchiveEntryInfo {
     std::uint64_t size = 0;
     bool tagged = false;
     Zelmarik::CCategoryContainer categories;
+};
+
+// What stood in the way when an entry's file could not be made.
+enum class TargetObstacle {
+    None,           // nothing: `targetError` says what failed
+    Folder,         // a folder has the entry's name
+    NotAFile,       // a link, pipe, device or socket: only files are ever replaced
+    SourceArchive,  // the entry names the archive being read
 };
 
 // What a run learnt of the image, filled as the records are read.
@@ -37,6 +46,9 @@ struct ArchiveReport {
     std::vector<ArchiveEntryInfo> entries;
     // Entries whose data stream was read to its end, written or skipped.
     std::size_t entriesDone = 0;
+    // Why the run ended with FORMAT_TARGET_OPEN_FAILED at the last entry.
+    TargetObstacle obstacle = TargetObstacle::None;
+    platform::ErrorCode targetError = platform::kErrorSuccess;
 };
 
 // Reads the image that starts at the stream's current position and extracts it under the

@@ -79,6 +79,16 @@ void MergeCategories(CCategoryContainer& merged, const CCategoryContainer& item)
 // The password bytes of the key block. Without a password given, 64 random bytes of which the
 // first is not zero: stored nowhere, so that only the RSA slot opens the archive. Nothing when
 // the password is too long or the pool gives no bytes.
+// The recipient's modulus from the key's text; all zero without one.
+std::vector<std::uint32_t> RecipientModulus(const Zelmarik::DCCSecurityKey& key) {
+    std::vector<std::uint32_t> modulus(Zelmarik::kRsaNumberWords, 0);
+    if ((key.Flags & Zelmarik::KeyHasPublic) != 0 && key.PublicKeyText) {
+        Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), key.PublicKeyText.get(),
+                                       Zelmarik::DCCSecurityKey::kPublicKeyDigits);
+    }
+    return modulus;
+}
+
 std::optional<SecureVector<std::uint8_t>> SealingPassword(const ArchiveWriteRequest& request) {
     std::optional<SecureVector<std::uint8_t>> bytes = dcf::PasswordBytes(request.password);
     if (!bytes || !bytes->empty() || request.passwordGiven) {
@@ -160,15 +170,13 @@ FormatResult BodyWriter::WriteHeaders() {
     if (!password) {
         return FORMAT_OUTPUT_WRITE_FAILED;  // no random bytes: the pool did not start
     }
-    std::vector<std::uint32_t> modulus(Zelmarik::kRsaNumberWords, 0);
-    if (request_.sealForKey) {
-        const Zelmarik::DCCSecurityKey& key = request_.securityKey;
-        if ((key.Flags & Zelmarik::KeyHasPublic) == 0 || !key.PublicKeyText) {
-            return FORMAT_NO_PUBLIC_KEY;
-        }
-        Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), key.PublicKeyText.get(),
-                                       Zelmarik::DCCSecurityKey::kPublicKeyDigits);
+    const Zelmarik::DCCSecurityKey& key = request_.securityKey;
+    if (request_.sealForKey && ((key.Flags & Zelmarik::KeyHasPublic) == 0 || !key.PublicKeyText)) {
+        return FORMAT_NO_PUBLIC_KEY;
     }
+    const std::vector<std::uint32_t> modulus =
+        request_.sealForKey ? RecipientModulus(key)
+                            : std::vector<std::uint32_t>(Zelmarik::kRsaNumberWords, 0);
     dcf::KeyBlock keyBlock{};
     if (SealKeyBlock(keyBlock, *password, modulus.data(), keys_) != kKeyBlockOpened) {
         return FORMAT_OUTPUT_WRITE_FAILED;
@@ -270,6 +278,12 @@ FormatResult BodyWriter::Write() {
 
 FormatResult CheckWriteRequest(const ArchiveWriteRequest& request) {
     if (!dcf::PasswordBytes(request.password)) {
+        return FORMAT_BAD_ARGUMENT;
+    }
+    // A degenerate key would seal an archive that nobody can open (a missing one is told later).
+    const Zelmarik::DCCSecurityKey& key = request.securityKey;
+    if (request.sealForKey && (key.Flags & Zelmarik::KeyHasPublic) != 0 && key.PublicKeyText &&
+        !Zelmarik::PublicModulusProblem(RecipientModulus(key).data()).empty()) {
         return FORMAT_BAD_ARGUMENT;
     }
     const std::size_t start = NameStart(request.rootPath);

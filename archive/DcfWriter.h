@@ -11,7 +11,8 @@
 // bytes, a file of 2^31 whole pieces or more, more than 2^32 - 1 files or folders, a name block
 // beyond 32 bits, an item whose path does not begin with the root's folder, or one whose name in
 // the archive the reader here would refuse (an empty, "." or ".." component, a ':'...): an
-// archive is never written that could not be read back.
+// archive is never written that could not be read back. Also a recipient key whose modulus
+// PublicModulusProblem refuses: nobody could open the archive.
 FormatResult CheckWriteRequest(const ArchiveWriteRequest& request);
 
 // Appends the image of `request` at the stream's current position, without seeking, and closes

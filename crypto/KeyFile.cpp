@@ -7,6 +7,7 @@
 #include <new>
 #include <string>
 
+#include "Common/Common/SecureBuffer.h"
 #include "crypto/Rsa.h"
 #include "crypto/SecurityKey.h"
 #include "platform/File.h"
@@ -188,12 +189,12 @@ std::uint32_t DCCSecurityKey::PrivateFromFile(const char16_t* path) {
     if (const platform::ErrorCode error = file.Size(size)) {
         return error;
     }
-    if (size >= std::numeric_limits<std::size_t>::max()) {
-        return platform::kErrorNotEnoughMemory;
+    if (size > kLongestKeyFile) {
+        return platform::kErrorInvalidData;  // not read: no key file is that long
     }
-    std::unique_ptr<char[]> text;
+    SecureVector<char> text;  // the primes in clear: wiped whichever way this ends
     try {
-        text = std::make_unique<char[]>(static_cast<std::size_t>(size) + 1);  // zero-filled
+        text.resize(static_cast<std::size_t>(size) + 1);  // zero-terminated
         if (!PrivateKey) {
             PrivateKey = std::make_unique<DCCPrivateKey>();
         }
@@ -202,11 +203,11 @@ std::uint32_t DCCSecurityKey::PrivateFromFile(const char16_t* path) {
     }
     std::size_t got = 0;
     if (const platform::ErrorCode error =
-            file.Read(text.get(), static_cast<std::size_t>(size), got)) {
+            file.Read(text.data(), static_cast<std::size_t>(size), got)) {
         return error;
     }
     file.Close();
-    if (got != size || !ParsePrivateKeyText(text.get())) {
+    if (got != size || !ParsePrivateKeyText(text.data())) {
         return platform::kErrorInvalidData;
     }
     Flags |= KeyFromFile;

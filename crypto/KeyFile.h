@@ -13,6 +13,8 @@ namespace Zelmarik {
 
 // Hexadecimal digits in one number line of a key file.
 inline constexpr std::size_t kKeyNumberDigits = 512;
+// A key file is under 4 KiB; a longer one than this is refused without being read.
+inline constexpr std::uint64_t kLongestKeyFile = 64 * 1024;
 
 // Takes one number line off the front of `text` into 64 words, and moves `text` behind its
 // line end; false, with `text` unmoved, when the line has no line end or is not exactly

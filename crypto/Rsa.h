@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace Zelmarik {
@@ -50,5 +51,10 @@ int NumberModExp(std::uint32_t* result, const std::uint32_t* base, const std::ui
 // kRsaNumberWords words, the primes kRsaPrimeWords each. 0 or a kRsa... result.
 int RsaOpenBlock(const std::uint32_t* block, std::uint32_t* plain, const std::uint32_t* prime1,
                  const std::uint32_t* prime2);
+
+// What keeps a recipient's modulus (kRsaNumberWords words) from sealing a key block that its
+// owner can open, in words for the user; empty when nothing does. It must have all 4096 bits,
+// be odd, and have no prime factor below 2^14, as a product of two large primes has none.
+std::string PublicModulusProblem(const std::uint32_t* modulus);
 
 }  // namespace Zelmarik

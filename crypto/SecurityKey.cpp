@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "Common/Common/Endian.h"
+#include "platform/SecureMemory.h"
 
 namespace Zelmarik {
 
@@ -49,6 +50,10 @@ void CopyOwned(bool wanted, const std::unique_ptr<T>& source, std::unique_ptr<T>
 
 }  // namespace
 
+DCCPrivateKey::~DCCPrivateKey() {
+    platform::SecureWipe(Numbers.data(), sizeof Numbers);
+}
+
 bool DCCPrivateKey::Serialize(CRawSerializer& out) const {
     std::uint8_t bytes[kNumberBytes];
     for (const Number& number : Numbers) {
@@ -57,20 +62,24 @@ bool DCCPrivateKey::Serialize(CRawSerializer& out) const {
         }
         out.WriteRaw(bytes, sizeof bytes);
     }
+    platform::SecureWipe(bytes, sizeof bytes);
     return !out.Failed();
 }
 
 bool DCCPrivateKey::Deserialize(CRawReader& in) {
     std::uint8_t bytes[kNumberBytes];
+    bool read = true;
     for (Number& number : Numbers) {
-        if (!in.ReadRaw(bytes, sizeof bytes)) {
-            return false;
+        read = in.ReadRaw(bytes, sizeof bytes);
+        if (!read) {
+            break;
         }
         for (std::size_t i = 0; i < kNumberWords; ++i) {
             number[i] = LoadLittle<std::uint32_t>(bytes + 4 * i);
         }
     }
-    return !in.Failed();
+    platform::SecureWipe(bytes, sizeof bytes);
+    return read && !in.Failed();
 }
 
 bool DCCPrivateKey::HasAllNumbers() const {

@@ -36,6 +36,11 @@ public:
     static constexpr std::size_t kNumberBytes = kNumberWords * 4;
     using Number = std::array<std::uint32_t, kNumberWords>;  // least significant word first
 
+    DCCPrivateKey() = default;
+    DCCPrivateKey(const DCCPrivateKey&) = default;
+    DCCPrivateKey& operator=(const DCCPrivateKey&) = default;
+    ~DCCPrivateKey() override;  // wipes the numbers
+
     bool Serialize(CRawSerializer& out) const override;
     bool Deserialize(CRawReader& in) override;
 

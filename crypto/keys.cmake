@@ -9,5 +9,6 @@ list(APPEND CRYPTO_SOURCES
     rsa/NumberTheory.h rsa/NumberTheory.cpp
     rsa/PrivatePower.h rsa/PrivatePower.cpp
     rsa/Primes.h rsa/Primes.cpp
+    rsa/PublicModulus.cpp
     rsa/Rsa.cpp
     KeyGeneration.h KeyGeneration.cpp)

@@ -101,6 +101,7 @@ bool RunExtraction(FormatResult* formatResult) {
     request.keyGiven = parameters.keyGiven;
     request.passwordGiven = parameters.passwordGiven;
     request.securityKey = parameters.securityKey;
+    request.mayReplaceSource = true;  // a newer version of the stub may take its place
 
     DCCArchiveUserSettings settings;
     if (parameters.consoleMode) {

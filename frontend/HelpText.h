@@ -16,5 +16,5 @@ inline constexpr std::array<std::string_view, 7> kHelpTextPieces = {
     "\r\n\t-source path\tSet path to source archive to for extraction\r\n",
 };
 
-// Writes the seven pieces to standard output.
+// Writes the seven pieces to standard output, then a line with the program's version.
 void WriteHelpText();

@@ -34,6 +34,7 @@ inline constexpr ErrorCode kErrorAlreadyExists = 183;
 inline constexpr ErrorCode kErrorFilenameExcedRange = 206;
 inline constexpr ErrorCode kErrorNoMoreItems = 259;
 inline constexpr ErrorCode kErrorDirectory = 267;
+inline constexpr ErrorCode kErrorStoppedOnSymlink = 681;
 inline constexpr ErrorCode kErrorNotFound = 1168;
 
 }  // namespace platform

@@ -16,6 +16,9 @@ inline constexpr char16_t kPathSeparator = u'\\';
 inline constexpr char16_t kPathSeparator = u'/';
 #endif
 
+class TargetTree;
+struct FileIdentity;
+
 enum class OpenMode {
     Read,          // existing file, reading only, others may read and write
     ReadWrite,     // existing file, reading and writing
@@ -49,6 +52,9 @@ public:
     ErrorCode Flush();
 
 private:
+    friend class TargetTree;
+    friend ErrorCode IdentityOf(const File& file, FileIdentity& identity);
+
     std::intptr_t handle_ = -1;
 };
 
@@ -61,6 +67,8 @@ bool IsDirectory(const std::u16string& path);
 ErrorCode RemoveFile(const std::u16string& path);
 // Moves within one volume; fails with kErrorAlreadyExists when `to` exists.
 ErrorCode MoveFileNoReplace(const std::u16string& from, const std::u16string& to);
+// Moves within one volume, putting `from` in the place of what is at `to` in one step.
+ErrorCode MoveFileReplacing(const std::u16string& from, const std::u16string& to);
 // Copies `from` over `to`, replacing it.
 ErrorCode CopyFileReplacing(const std::u16string& from, const std::u16string& to);
 // Creates one folder; kErrorAlreadyExists when something of that name is there.

@@ -11,10 +11,11 @@ namespace tests {
 
 class TestFolder {
 public:
-    TestFolder() {
+    TestFolder() : TestFolder(std::filesystem::temp_directory_path()) {}
+    // A folder under `base`: a memory file system where a test is about races, not the disk.
+    explicit TestFolder(const std::filesystem::path& base) {
         std::random_device seed;
-        root_ = std::filesystem::temp_directory_path() /
-                ("dcf-test-" + std::to_string(seed()) + "-" + std::to_string(seed()));
+        root_ = base / ("dcf-test-" + std::to_string(seed()) + "-" + std::to_string(seed()));
         std::filesystem::create_directories(root_);
     }
     ~TestFolder() {

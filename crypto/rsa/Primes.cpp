@@ -10,27 +10,8 @@ namespace Zelmarik::rsa {
 
 namespace {
 
-// Odd primes below this bound divide candidates out before Miller-Rabin.
-constexpr std::uint32_t kSieveBound = 1u << 14;
 // Candidates tried from one random start before drawing a new one.
 constexpr std::uint32_t kRunLength = 1u << 16;
-
-const std::vector<std::uint32_t>& SmallPrimes() {
-    static const std::vector<std::uint32_t> primes = [] {
-        std::vector<bool> composite(kSieveBound);
-        std::vector<std::uint32_t> found;
-        for (std::uint32_t i = 3; i < kSieveBound; i += 2) {
-            if (!composite[i]) {
-                found.push_back(i);
-                for (std::uint32_t k = i * i; k < kSieveBound; k += 2 * i) {
-                    composite[k] = true;
-                }
-            }
-        }
-        return found;
-    }();
-    return primes;
-}
 
 // A random base in [2, n - 2] for an odd n of `bits` bits: below 2^(bits - 1).
 bool RandomBase(Limb* a, std::size_t limbs, std::size_t bits) {
@@ -51,6 +32,23 @@ bool RandomBase(Limb* a, std::size_t limbs, std::size_t bits) {
 }
 
 }  // namespace
+
+const std::vector<std::uint32_t>& SmallPrimes() {
+    static const std::vector<std::uint32_t> primes = [] {
+        std::vector<bool> composite(kSieveBound);
+        std::vector<std::uint32_t> found;
+        for (std::uint32_t i = 3; i < kSieveBound; i += 2) {
+            if (!composite[i]) {
+                found.push_back(i);
+                for (std::uint32_t k = i * i; k < kSieveBound; k += 2 * i) {
+                    composite[k] = true;
+                }
+            }
+        }
+        return found;
+    }();
+    return primes;
+}
 
 bool RandomLimbs(Limb* limbs, std::size_t n) {
     std::vector<std::uint8_t, WipingAllocator<std::uint8_t>> bytes(n * sizeof(Limb));

@@ -4,10 +4,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "crypto/rsa/Limbs.h"
 
 namespace Zelmarik::rsa {
+
+// Odd primes below this bound divide candidates out before Miller-Rabin.
+inline constexpr std::uint32_t kSieveBound = 1u << 14;
+// The odd primes below kSieveBound, ascending.
+const std::vector<std::uint32_t>& SmallPrimes();
 
 // Miller-Rabin rounds that bound the error for any odd number at 4^-64 = 2^-128.
 inline constexpr int kMillerRabinRounds = 64;

@@ -43,6 +43,8 @@ ErrorCode FromErrno(int error) {
             return kErrorNotSupported;
         case ENOTSUP:
             return kErrorNotSupported;
+        case ELOOP:
+            return kErrorStoppedOnSymlink;
         case ENODATA:
             return kErrorNotFound;
         default:

@@ -37,6 +37,7 @@ constexpr std::pair<ErrorCode, const char16_t*> kTexts[] = {
     {kErrorFilenameExcedRange, u"The filename or extension is too long.\r\n"},
     {kErrorNoMoreItems, u"No more data is available.\r\n"},
     {kErrorDirectory, u"The directory name is invalid.\r\n"},
+    {kErrorStoppedOnSymlink, u"The create operation stopped after reaching a symbolic link.\r\n"},
     {kErrorNotFound, u"Element not found.\r\n"},
 };
 

@@ -222,6 +222,11 @@ ErrorCode MoveFileNoReplace(const std::u16string& from, const std::u16string& to
     return ::rename(source.c_str(), target.c_str()) == 0 ? kErrorSuccess : posix::LastError();
 }
 
+ErrorCode MoveFileReplacing(const std::u16string& from, const std::u16string& to) {
+    return ::rename(Native(from).c_str(), Native(to).c_str()) == 0 ? kErrorSuccess
+                                                                   : posix::LastError();
+}
+
 ErrorCode CopyFileReplacing(const std::u16string& from, const std::u16string& to) {
     File source;
     if (const ErrorCode error = source.Open(from, OpenMode::Read); error != kErrorSuccess) {

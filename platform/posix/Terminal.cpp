@@ -18,9 +18,14 @@ namespace {
 // loop has already taken.
 std::atomic<unsigned> interrupts{0};
 std::atomic<unsigned> interruptsTaken{0};
+// The cancel flag of the work in progress, set from the handler.
+std::atomic<std::atomic<std::uint8_t>*> cancelFlag{nullptr};
 
 void NoteInterrupt(int) {
     interrupts.fetch_add(1);
+    if (std::atomic<std::uint8_t>* flag = cancelFlag.load()) {
+        flag->store(1);
+    }
 }
 
 // Waits until standard input has something to read; false when Ctrl-C was pressed after
@@ -102,12 +107,15 @@ bool ReadTerminalLine(std::string& line, bool echo) {
     }
 }
 
-void CatchInterrupts() {
+void CatchInterrupts(std::atomic<std::uint8_t>* cancel) {
+    cancelFlag.store(cancel);
     struct sigaction action {};
     action.sa_handler = NoteInterrupt;
     sigemptyset(&action.sa_mask);
     action.sa_flags = 0;  // no SA_RESTART: a prompt's read returns at once
-    ::sigaction(SIGINT, &action, nullptr);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        ::sigaction(signal, &action, nullptr);
+    }
 }
 
 bool TakeInterrupt() {

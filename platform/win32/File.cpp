@@ -175,6 +175,11 @@ ErrorCode MoveFileNoReplace(const std::u16string& from, const std::u16string& to
     return ::MoveFileW(Wide(from), Wide(to)) ? kErrorSuccess : ::GetLastError();
 }
 
+ErrorCode MoveFileReplacing(const std::u16string& from, const std::u16string& to) {
+    return ::MoveFileExW(Wide(from), Wide(to), MOVEFILE_REPLACE_EXISTING) ? kErrorSuccess
+                                                                          : ::GetLastError();
+}
+
 ErrorCode CopyFileReplacing(const std::u16string& from, const std::u16string& to) {
     return ::CopyFileW(Wide(from), Wide(to), FALSE) ? kErrorSuccess : ::GetLastError();
 }

@@ -319,16 +319,6 @@ TEST_F(DcfReaderTest, FailureTableRowByRow) {
     EXPECT_EQ(ReadFile(Out() / "d" / "b"), Bytes{});
 }
 
-TEST_F(DcfReaderTest, FailedWriteToATarget) {
-    // A device that refuses every write stands in for a full disk.
-    if (platform::kPathSeparator != u'/' || !fs::exists("/dev/full")) {
-        GTEST_SKIP() << "no device that fails writes";
-    }
-    request_.targetPath = u"/dev";
-    EXPECT_EQ(Extract(tests::BuildImage(ImageSettings{}, {}, {{u"\\full", Bytes(3000, 'w'), {}}})),
-              FORMAT_OUTPUT_WRITE_FAILED);
-}
-
 TEST_F(DcfReaderTest, HostileNamesAreRefusedBeforeAnythingIsWritten) {
     const std::vector<std::u16string> hostile = {u"f",
                                                  u"\\..\\f",
@@ -355,16 +345,35 @@ TEST_F(DcfReaderTest, HostileNamesAreRefusedBeforeAnythingIsWritten) {
 }
 
 TEST_F(DcfReaderTest, NoWriteThroughALinkInTheTarget) {
-    fs::create_directory(folder_.Native() / "elsewhere");
+    const fs::path elsewhere = folder_.Native() / "elsewhere";
+    fs::create_directory(elsewhere);
+    std::ofstream(elsewhere / "victim") << "outside";
     std::error_code error;
-    fs::create_directory_symlink(folder_.Native() / "elsewhere", Out() / "d", error);
+    fs::create_directory_symlink(elsewhere, Out() / "d", error);
     if (error) {
         GTEST_SKIP() << "no symbolic links here";
     }
+    // A link as a folder of the entry.
     EXPECT_EQ(
         Extract(tests::BuildImage(ImageSettings{}, {u"\\d"}, {{u"\\d\\f", Bytes(3, 'x'), {}}})),
         FORMAT_TARGET_OPEN_FAILED);
-    EXPECT_FALSE(fs::exists(folder_.Native() / "elsewhere" / "f"));
+    // A link at the entry's own path, pointing out of the target or nowhere: never written
+    // through, never replaced, skipped when the user says so.
+    recorder_.events.clear();
+    fs::create_symlink(elsewhere / "victim", Out() / "f");
+    fs::create_symlink(elsewhere / "gone", Out() / "g");
+    for (const char16_t* name : {u"\\f", u"\\g"}) {
+        const Bytes image = tests::BuildImage(ImageSettings{}, {}, {{name, Bytes(3, 'x'), {}}});
+        for (const OverwriteMode mode : {OVERWRITE_REPLACE, OVERWRITE_ASK, OVERWRITE_SKIP}) {
+            settings_.overwriteMode = mode;
+            EXPECT_EQ(Extract(image),
+                      mode == OVERWRITE_SKIP ? FORMAT_OK : FORMAT_TARGET_OPEN_FAILED);
+        }
+    }
+    EXPECT_EQ(recorder_.events, (std::vector<std::string>{"skip f", "skip g"}));
+    EXPECT_TRUE(fs::is_symlink(Out() / "f") && fs::is_symlink(Out() / "g"));
+    EXPECT_EQ(ReadFile(elsewhere / "victim"), Bytes({'o', 'u', 't', 's', 'i', 'd', 'e'}));
+    EXPECT_EQ(std::distance(fs::directory_iterator(elsewhere), fs::directory_iterator()), 1);
 }
 
 // An unpaired surrogate is no valid UTF-16, yet a name may hold one; the link test once threw for
@@ -395,25 +404,56 @@ TEST_F(DcfReaderTest, NamesWithUnpairedSurrogatesExtractWhereThePlatformPutsThem
     EXPECT_TRUE(fs::is_empty(folder_.Native() / "elsewhere"));
 }
 
-TEST_F(DcfReaderTest, ArchiveThatContainsItselfReplacesItAtTheEnd) {
+TEST_F(DcfReaderTest, ArchiveThatContainsItselfReplacesItAtTheEndOnlyWhereAllowed) {
     // The target folder is the archive's own folder, and the archive holds a file of its name.
     request_.targetPath = folder_.Root();
     const Bytes replacement(77, 'r');
     const Bytes image =
         tests::BuildImage(ImageSettings{}, {},
-                          {{u"\\ARCHIVE.DCF", replacement, {}}, {u"\\other", Bytes(2, 'o'), {}}});
+                          {{u"\\archive.dcf", replacement, {}}, {u"\\other", Bytes(2, 'o'), {}}});
+    const auto leftovers = [this] {
+        std::size_t found = 0;
+        for (const auto& entry : fs::directory_iterator(folder_.Native())) {
+            found += entry.path().filename().string().rfind("st", 0) == 0;
+        }
+        return found;
+    };
+
+    // Unless the caller allows it, the archive is never replaced, whatever the mode says; it is
+    // not offered to the user either.
+    for (const OverwriteMode mode : {OVERWRITE_SKIP, OVERWRITE_REPLACE, OVERWRITE_ASK}) {
+        settings_.overwriteMode = mode;
+        recorder_.events.clear();
+        EXPECT_EQ(Extract(image), mode == OVERWRITE_SKIP ? FORMAT_OK : FORMAT_TARGET_OPEN_FAILED);
+        EXPECT_EQ(ReadFile(folder_.Native() / "archive.dcf"), image);
+        const std::string first = recorder_.events.empty() ? "" : recorder_.events.front();
+        EXPECT_EQ(first, mode == OVERWRITE_SKIP ? "skip archive.dcf" : "");
+        EXPECT_EQ(leftovers(), 0u);
+    }
+    // A second name of the archive is the archive too.
+    std::error_code error;
+    fs::create_hard_link(folder_.Native() / "archive.dcf", folder_.Native() / "alias", error);
+    if (!error) {
+        settings_.overwriteMode = OVERWRITE_REPLACE;
+        EXPECT_EQ(Extract(tests::BuildImage(ImageSettings{}, {}, {{u"\\alias", replacement, {}}})),
+                  FORMAT_TARGET_OPEN_FAILED);
+        EXPECT_NE(ReadFile(folder_.Native() / "archive.dcf"), replacement);
+        fs::remove(folder_.Native() / "alias");
+    }
+
+    request_.mayReplaceSource = true;
+    fs::remove(folder_.Native() / "other");
     settings_.overwriteMode = OVERWRITE_ASK;
     settings_.onFileExists = nullptr;  // would end the run if it were asked
+    recorder_.events.clear();
     ASSERT_EQ(Extract(image), FORMAT_OK);
+    // Told by the temporary name under which it waits for the end of the run.
+    EXPECT_EQ(recorder_.events[0].rfind("write st", 0), 0u) << recorder_.events[0];
     // Where an open file cannot be deleted (Windows), the archive stays and the replacement goes.
     const bool openFilesDeletable = platform::kPathSeparator == u'/';
     EXPECT_EQ(ReadFile(folder_.Native() / "archive.dcf") == replacement, openFilesDeletable);
     EXPECT_EQ(ReadFile(folder_.Native() / "other"), Bytes(2, 'o'));
-    std::size_t leftovers = 0;
-    for (const auto& entry : fs::directory_iterator(folder_.Native())) {
-        leftovers += entry.path().filename().string().rfind("st", 0) == 0;
-    }
-    EXPECT_EQ(leftovers, 0u);
+    EXPECT_EQ(leftovers(), 0u);
 }
 
 TEST_F(DcfReaderTest, TruncatedImagesLeaveWhatTheTablePromises) {

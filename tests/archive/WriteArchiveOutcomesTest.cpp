@@ -135,6 +135,11 @@ TEST_F(WriteArchiveOutcomesTest, RefusedRequestsTouchNothing) {
     request_.password = std::u16string(65, u'x');
     EXPECT_EQ(Write(), FORMAT_BAD_ARGUMENT);
     request_.password = u"pw";
+    // A recipient key that nobody could open the archive with.
+    request_.sealForKey = true;
+    request_.securityKey.SetPublicKeyText(std::string(1024, 'f'));
+    EXPECT_EQ(Write(), FORMAT_BAD_ARGUMENT);
+    request_.sealForKey = false;
     ArchiveWriteItem huge;
     huge.path = (SourceRoot() / "huge").u16string();
     huge.size = (std::uint64_t{1} << 31) * 2048;  // 2^31 whole pieces

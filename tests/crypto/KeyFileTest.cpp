@@ -171,6 +171,13 @@ TEST_F(KeyFileTest, BrokenFilesAndPaths) {
     EXPECT_EQ(key_.Flags & Zelmarik::KeyFromFile, 0u);
 }
 
+TEST_F(KeyFileTest, FilesLongerThanAnyKeyAreNotRead) {
+    // What follows the fields would be ignored; a file this long is refused before it is read.
+    const std::string whole = KeyHead() + "07.11.2023, 14:05\n5\n";
+    ASSERT_EQ(Load(whole + std::string(Zelmarik::kLongestKeyFile - whole.size(), ' ')), 0u);
+    EXPECT_EQ(Load(whole + std::string(Zelmarik::kLongestKeyFile - whole.size() + 1, ' ')), 13u);
+}
+
 TEST(ParsePrivateKeyText, FailureKeepsWhatWasReadWithoutThePrivateFlag) {
     DCCSecurityKey key;
     EXPECT_FALSE(key.ParsePrivateKeyText(nullptr));

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <iterator>
@@ -54,6 +55,39 @@ TEST_F(KeyGenerationTest, PrivateTextReadsBack) {
     EXPECT_EQ(key.PrivateKey->Numbers[0][63] >> 30, 3u);
     EXPECT_EQ(key.PrivateKey->Numbers[1][63] >> 30, 3u);
     EXPECT_EQ(key.PrivateKey->Numbers[0][0] & 1, 1u);
+}
+
+// A generated modulus can seal; the degenerate ones that once made archives nobody could open
+// are refused, each with its reason.
+TEST_F(KeyGenerationTest, DegenerateModuliAreRefusedWithTheirReason) {
+    Number modulus{};
+    const std::string& text = pair_->publicKeyText;
+    Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), text, text.size());
+    EXPECT_EQ(Zelmarik::PublicModulusProblem(modulus.data()), "");
+
+    Number zero{};
+    Number one{};
+    one[0] = 1;
+    Number short4093{};  // 2^4092
+    short4093[127] = 1u << 28;
+    Number bits512{};  // a real modulus cut to 512 bits, top bit set
+    std::copy(modulus.begin(), modulus.begin() + 16, bits512.begin());
+    bits512[15] |= 0x80000000u;
+    Number ones{};
+    ones.fill(0xFFFFFFFFu);
+    Number even = modulus;
+    even[0] &= ~1u;
+    Number factor3{};  // 2^4095 + 1
+    factor3[127] = 0x80000000u;
+    factor3[0] = 1;
+    const std::pair<const Number*, std::string> cases[] = {
+        {&zero, "has 0 bits"},       {&one, "has 1 bits"}, {&short4093, "has 4093 bits"},
+        {&bits512, "has 512 bits"},  {&even, "is even"},   {&ones, "small factor 3"},
+        {&factor3, "small factor 3"}};
+    for (const auto& [number, reason] : cases) {
+        const std::string problem = Zelmarik::PublicModulusProblem(number->data());
+        EXPECT_NE(problem.find(reason), std::string::npos) << problem;
+    }
 }
 
 TEST_F(KeyGenerationTest, PublicTextIsTheFullModulus) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "frontend/ExtractionParameters.h"
 #include "frontend/HelpText.h"
 #include "tests/TestFolder.h"
@@ -28,10 +30,20 @@ const std::string kHelp =
     "\t-target path\tSet path to target directory for extraction\r\n"
     "\t-source path\tSet path to source archive to for extraction\r\n";
 
+// The seven pieces, then the program's version: "Vomdrel X.Y.Z".
+void ExpectHelp(const std::string& output) {
+    ASSERT_GE(output.size(), kHelp.size());
+    EXPECT_EQ(output.substr(0, kHelp.size()), kHelp);
+    const std::string version = output.substr(kHelp.size());
+    EXPECT_EQ(version.rfind("Vomdrel ", 0), 0u) << version;
+    EXPECT_TRUE(version.ends_with("\r\n")) << version;
+    EXPECT_EQ(std::count(version.begin(), version.end(), '.'), 2) << version;
+}
+
 TEST(StubEntry, HelpWinsOverEverythingElse) {
-    EXPECT_EQ(RunWith({u"-h"}), kHelp);
-    EXPECT_EQ(RunWith({u"-HELP"}), kHelp);
-    EXPECT_EQ(RunWith({u"-key", u"k", u"-target", u"t", u"-h"}), kHelp);
+    ExpectHelp(RunWith({u"-h"}));
+    ExpectHelp(RunWith({u"-HELP"}));
+    ExpectHelp(RunWith({u"-key", u"k", u"-target", u"t", u"-h"}));
 }
 
 TEST(StubEntry, MissingKeyValueFailsWithoutTouchingTheDisk) {

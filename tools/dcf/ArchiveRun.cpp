@@ -3,19 +3,23 @@
 #include "platform/Terminal.h"
 #include "platform/Text.h"
 #include "tools/dcf/ReplaceQuestion.h"
+#include "tools/dcf/ToolOutput.h"
 
 namespace dcf {
 
 ArchiveRun::ArchiveRun(bool showProgress)
     : progress_(showProgress && platform::IsInteractiveTerminal()) {
-    platform::CatchInterrupts();
+    // Ctrl-C, SIGTERM and SIGHUP cancel the run, which then cleans up after itself.
+    platform::CatchInterrupts(&cancel_);
     settings.cancelFlag = &cancel_;
     settings.onProgress = OnProgress;
-    settings.onFileWriting = OnFileWriting;
-    for (const std::uint32_t id :
-         {CALLBACK_PROGRESS, CALLBACK_FILE_EXISTS, CALLBACK_FILE_WRITING}) {
+    for (const std::uint32_t id : {CALLBACK_PROGRESS, CALLBACK_FILE_EXISTS}) {
         settings.callbackContexts[id] = this;
     }
+}
+
+ArchiveRun::~ArchiveRun() {
+    platform::CatchInterrupts();
 }
 
 void ArchiveRun::AskBeforeReplacing() {
@@ -24,20 +28,9 @@ void ArchiveRun::AskBeforeReplacing() {
     }
 }
 
-void ArchiveRun::PollInterrupt() {
-    if (platform::TakeInterrupt()) {
-        cancel_ = 1;
-    }
-}
-
 void ArchiveRun::OnProgress(std::uint32_t percent, void* context) {
     auto& run = *static_cast<ArchiveRun*>(context);
-    run.PollInterrupt();
     run.progress_.Update(percent, run.report.totalSize);
-}
-
-void ArchiveRun::OnFileWriting(const std::u16string*, bool, void* context) {
-    static_cast<ArchiveRun*>(context)->PollInterrupt();
 }
 
 OverwriteMode ArchiveRun::OnFileExists(const std::u16string* path, bool*, void* context) {
@@ -71,7 +64,7 @@ std::string ArchiveRun::WhereItStopped() const {
     if (report.entries.empty()) {
         return "in the first file header";
     }
-    const std::string last = DisplayName(report.entries.back().name);
+    const std::string last = Printable(DisplayName(report.entries.back().name));
     if (report.entriesDone == report.entries.size()) {
         return "in the file header behind entry " + last;
     }

@@ -1,6 +1,7 @@
 #pragma once
 // One run of the archive code from dcf: the settings with the callbacks that draw progress,
-// ask before replacing files and turn Ctrl-C into the cancel flag, and what the run read.
+// ask before replacing files and turn Ctrl-C, SIGTERM and SIGHUP into the cancel flag, and what
+// the run read.
 
 #include <atomic>
 #include <cstdint>
@@ -16,6 +17,7 @@ class ArchiveRun {
 public:
     // `showProgress`: draw the progress line, where there is a terminal.
     explicit ArchiveRun(bool showProgress);
+    ~ArchiveRun();
     ArchiveRun(const ArchiveRun&) = delete;
     ArchiveRun& operator=(const ArchiveRun&) = delete;
 
@@ -32,8 +34,6 @@ public:
 private:
     static void OnProgress(std::uint32_t percent, void* context);
     static OverwriteMode OnFileExists(const std::u16string* path, bool* flag, void* context);
-    static void OnFileWriting(const std::u16string* path, bool skipped, void* context);
-    void PollInterrupt();
 
     std::atomic<std::uint8_t> cancel_{0};
     ProgressLine progress_;

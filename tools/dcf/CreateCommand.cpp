@@ -1,4 +1,5 @@
 // dcf create: a new archive, plain or self-extracting, of files and folders.
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -11,6 +12,7 @@
 #include "archive/DcfRecords.h"
 #include "archive/FileFormatDCF.h"
 #include "archive/FileFormatSFX.h"
+#include "crypto/Rsa.h"
 #include "platform/File.h"
 #include "platform/SecureMemory.h"
 #include "platform/Terminal.h"
@@ -21,6 +23,7 @@
 #include "tools/dcf/CategoryManifest.h"
 #include "tools/dcf/Commands.h"
 #include "tools/dcf/ReplaceQuestion.h"
+#include "tools/dcf/ShippedStubs.h"
 #include "tools/dcf/SourceWalk.h"
 #include "tools/dcf/ToolOutput.h"
 
@@ -41,6 +44,7 @@ struct CreateOptions {
     std::string recipient;
     bool sfx = false;
     std::string stub;
+    std::string stubFor{kStubPlatforms.front().name};
     std::string categories;
     std::string overwrite = "ask";
     bool quiet = false;
@@ -106,23 +110,39 @@ void LoadPassword(const CreateOptions& options, ArchiveWriteRequest& request) {
     }
 }
 
-// The recipient's public key text: 1024 hexadecimal digits, line ends and blanks ignored.
+// The recipient's public key text: 1024 hexadecimal digits, line ends and blanks ignored, of
+// a modulus that can seal a key block.
 void LoadRecipient(const std::string& path, ArchiveWriteRequest& request) {
     std::ifstream in(fs::path(PathFromArgument(path)), std::ios::binary);
     if (!in) {
         FailWith(kCommand, path + ": the public key can't be read", kExitIo);
     }
+    // Far more than the digits with any line ends; a larger file is not a key.
+    constexpr std::size_t kLongestKeyFile = 64 * 1024;
+    std::string text(kLongestKeyFile + 1, '\0');
+    in.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(in.gcount()));
     std::string digits;
-    for (std::istreambuf_iterator<char> it(in), end; it != end; ++it) {
-        if (std::isxdigit(static_cast<unsigned char>(*it))) {
-            digits.push_back(*it);
-        } else if (!std::isspace(static_cast<unsigned char>(*it))) {
+    for (const char c : text) {
+        if (std::isxdigit(static_cast<unsigned char>(c))) {
+            digits.push_back(c);
+        } else if (!std::isspace(static_cast<unsigned char>(c))) {
             digits.clear();
             break;
         }
     }
-    if (digits.size() != Zelmarik::DCCSecurityKey::kPublicKeyDigits) {
+    if (text.size() > kLongestKeyFile ||
+        digits.size() != Zelmarik::DCCSecurityKey::kPublicKeyDigits) {
         FailWith(kCommand, path + ": not a public key (1024 hexadecimal digits)", kExitBadKey);
+    }
+    std::array<std::uint32_t, Zelmarik::kRsaNumberWords> modulus{};
+    Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), digits, digits.size());
+    if (const std::string problem = Zelmarik::PublicModulusProblem(modulus.data());
+        !problem.empty()) {
+        FailWith(kCommand,
+                 path + ": not a usable public key: " + problem +
+                     "; ask the recipient for the .pubkey file that dcf keygen made",
+                 kExitBadKey);
     }
     request.securityKey.SetPublicKeyText(digits);
     request.sealForKey = true;
@@ -179,10 +199,8 @@ void CopyRunPermission(const std::u16string& stub, const std::u16string& archive
 }
 
 void RunCreate(const CreateOptions& options) {
-    if (options.stub.size() != 0 && !options.sfx) {
-        FailWith(kCommand, "--stub goes with --sfx", kExitUsage);
-    }
     ArchiveWriteRequest request;
+    request.replaceWhenComplete = true;  // nothing is lost to a failure or an interrupt
     SourceListing listing = ListSources(kCommand, options.paths, options.quiet);
     if (!options.categories.empty()) {
         ApplyCategoryManifest(kCommand, options.categories, listing);
@@ -201,14 +219,10 @@ void RunCreate(const CreateOptions& options) {
     }
 
     std::unique_ptr<DCCFileFormat> format;
-    const std::u16string stub =
-        options.stub.empty() ? DefaultStubPath() : PathFromArgument(options.stub);
+    ChosenStub stub;
     if (options.sfx) {
-        if (!platform::PathExists(stub)) {
-            FailWith(kCommand, "no stub at " + platform::Utf16ToUtf8(stub) + "; give --stub FILE",
-                     kExitIo);
-        }
-        format = std::make_unique<DCCFileFormatSFX>(stub);
+        stub = ChooseStub(kCommand, options.stub, options.stubFor);
+        format = std::make_unique<DCCFileFormatSFX>(stub.path, stub.windows ? u".exe" : u"");
     } else {
         format = std::make_unique<DCCFileFormatDCF>();
     }
@@ -235,7 +249,7 @@ void RunCreate(const CreateOptions& options) {
         return;
     }
     if (options.sfx) {
-        CopyRunPermission(stub, request.archiveName);
+        CopyRunPermission(stub.path, request.archiveName);
     }
     if (!options.quiet) {
         std::cout << "Created " << written << ": " << Counted(listing.files, "file") << ", "
@@ -255,7 +269,7 @@ void AddCreateCommand(CLI::App& app) {
         "password option the password is asked twice on the terminal.");
     command
         ->add_option("ARCHIVE", options->archive,
-                     "The new archive; .dcf (or .exe with --sfx) is added when missing")
+                     "The new archive; .dcf (or .exe with a Windows stub) is added when missing")
         ->required();
     command->add_option("PATH", options->paths, "Files and folders to store")->required();
     auto* file = command->add_option("--password-file", options->passwordFile,
@@ -268,9 +282,21 @@ void AddCreateCommand(CLI::App& app) {
     input->excludes(none);
     command->add_option("--recipient", options->recipient,
                         "Seal the archive also for this public key (PREFIX.pubkey of keygen)");
-    command->add_flag("--sfx", options->sfx, "Make a self-extracting program");
-    command->add_option("--stub", options->stub,
-                        "The stub program of --sfx; by default Vomdrel beside dcf");
+    auto* sfx = command->add_flag("--sfx", options->sfx, "Make a self-extracting program");
+    std::vector<std::string> platforms;
+    std::string platformHelp = "Where the recipient runs the self-extracting file:";
+    for (const StubPlatform& platform : kStubPlatforms) {
+        platforms.emplace_back(platform.name);
+        platformHelp += "\n  " + platforms.back() + ": " + std::string(platform.recipient);
+    }
+    auto* platform = command->add_option("--stub-for", options->stubFor, platformHelp)
+                         ->check(CLI::IsMember(platforms))
+                         ->capture_default_str()
+                         ->needs(sfx);
+    command
+        ->add_option("--stub", options->stub, "The stub program of --sfx, instead of a shipped one")
+        ->excludes(platform)
+        ->needs(sfx);
     command->add_option("--categories", options->categories,
                         "JSON manifest: {\"dir/file\": [{\"id\": \"<guid>\", \"name\": ...}]}");
     command

@@ -30,10 +30,28 @@ const std::map<std::string, OverwriteMode> kOverwriteModes = {{"replace", OVERWR
                                                               {"ask", OVERWRITE_ASK},
                                                               {"cancel", OVERWRITE_CANCEL}};
 
+// Why the last entry's file could not be made, and what to do about it.
+std::string TargetFailure(const ArchiveReport& report) {
+    switch (report.obstacle) {
+        case TargetObstacle::SourceArchive:
+            return "that is the archive being read, which is never replaced; extract into another "
+                   "folder or use --overwrite skip";
+        case TargetObstacle::Folder:
+            return "a folder of that name is in the way; move it or use --overwrite skip";
+        case TargetObstacle::NotAFile:
+            return "a link or special file of that name is in the way, and only files are "
+                   "replaced; remove it or use --overwrite skip";
+        case TargetObstacle::None:
+            break;
+    }
+    return DescribeError(report.targetError);
+}
+
 void RunExtract(const ExtractOptions& options) {
     const std::string command = "extract";
     ImageSource source = OpenImage(command, options.archive);
     ArchiveExtractRequest request;
+    request.keepPartialFile = false;  // no file under its real name is ever incomplete
     request.sourcePath = CanonicalPath(options.archive);
     request.targetPath = CanonicalPath(options.directory);
     if (!platform::IsDirectory(request.targetPath)) {
@@ -59,6 +77,13 @@ void RunExtract(const ExtractOptions& options) {
                  options.archive + ": stopped at a file that exists " + run.WhereItStopped() +
                      "; choose what to do with --overwrite",
                  kExitCancelled);
+    }
+    if (result == FORMAT_TARGET_OPEN_FAILED && !run.report.entries.empty()) {
+        FailWith(command,
+                 options.archive + ": cannot create " + options.directory + "/" +
+                     Printable(DisplayName(run.report.entries.back().name)) + ": " +
+                     TargetFailure(run.report),
+                 kExitIo);
     }
     if (result == FORMAT_FAILED || result == FORMAT_TARGET_OPEN_FAILED ||
         result == FORMAT_OUTPUT_WRITE_FAILED) {

@@ -10,6 +10,8 @@
 #include "tools/dcf/ArchiveSource.h"
 #include "tools/dcf/Commands.h"
 #include "tools/dcf/JsonText.h"
+#include "tools/dcf/ShippedStubs.h"
+#include "tools/dcf/ToolOutput.h"
 
 namespace dcf {
 
@@ -30,9 +32,19 @@ void RunInfo(const InfoOptions& options) {
                      std::to_string(source.offset) + ")",
                  kExitDamaged);
     }
+    // The stub is everything in front of the image; a sender checks it against the stubs shipped.
+    std::string stubDigest;
+    std::string shippedStub;
+    if (source.selfExtracting) {
+        stubDigest = FileDigest("info", options.archive, source.offset);
+        shippedStub = ShippedStubWithDigest(stubDigest);
+    }
     if (options.json) {
         std::cout << "{\"file\": " << JsonString(options.archive)
                   << ", \"selfExtracting\": " << (source.selfExtracting ? "true" : "false")
+                  << ", \"stubSha256\": " << (stubDigest.empty() ? "null" : JsonString(stubDigest))
+                  << ", \"shippedStub\": "
+                  << (shippedStub.empty() ? "null" : JsonString(shippedStub))
                   << ", \"imageOffset\": " << source.offset << ", \"imageSize\": " << source.size
                   << ", \"categoriesIntact\": " << (intact ? "true" : "false")
                   << ",\n \"categories\": [";
@@ -50,8 +62,15 @@ void RunInfo(const InfoOptions& options) {
               << "Form:          "
               << (source.selfExtracting ? "self-extracting (image found through its trailer)"
                                         : "plain DCF image")
-              << '\n'
-              << "Image offset:  " << source.offset << '\n'
+              << '\n';
+    if (source.selfExtracting) {
+        std::cout << "Stub SHA-256:  " << stubDigest << '\n'
+                  << "Stub:          "
+                  << (shippedStub.empty() ? "not one of the stubs shipped with this dcf"
+                                          : "the " + shippedStub + " stub shipped with this dcf")
+                  << '\n';
+    }
+    std::cout << "Image offset:  " << source.offset << '\n'
               << "Image size:    " << source.size << " bytes\n"
               << "Categories:    ";
     if (!intact) {
@@ -60,7 +79,7 @@ void RunInfo(const InfoOptions& options) {
     }
     std::cout << categories.Categories.size() << '\n';
     for (const auto& category : categories.Categories) {
-        std::cout << "  " << platform::Utf16ToUtf8(category.DebugLog()) << '\n';
+        std::cout << "  " << Printable(platform::Utf16ToUtf8(category.DebugLog())) << '\n';
     }
 }
 

@@ -74,12 +74,12 @@ void PrintJson(const ImageSource& source, const ArchiveReport& report) {
 
 void PrintList(const ArchiveReport& report) {
     for (const auto& folder : report.folders) {
-        std::cout << "            " << DisplayName(folder) << "/\n";
+        std::cout << "            " << Printable(DisplayName(folder)) << "/\n";
     }
     for (const auto& entry : report.entries) {
         std::cout << std::string(11 - std::min<std::size_t>(11, std::to_string(entry.size).size()),
                                  ' ')
-                  << entry.size << ' ' << DisplayName(entry.name)
+                  << entry.size << ' ' << Printable(DisplayName(entry.name))
                   << (entry.categories.Categories.empty()
                           ? ""
                           : "  [" + std::to_string(entry.categories.Categories.size()) +

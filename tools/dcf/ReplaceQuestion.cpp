@@ -5,6 +5,7 @@
 
 #include "platform/Terminal.h"
 #include "platform/Text.h"
+#include "tools/dcf/ToolOutput.h"
 
 namespace {
 
@@ -16,7 +17,7 @@ unsigned char Lower(char letter) {
 
 const ReplaceChoice* AskReplaceOnTerminal(const std::u16string& path,
                                           std::span<const ReplaceChoice> choices) {
-    std::string prompt = platform::Utf16ToUtf8(path) + " exists. Replace it? ";
+    std::string prompt = dcf::Printable(platform::Utf16ToUtf8(path)) + " exists. Replace it? ";
     for (const ReplaceChoice& choice : choices) {
         prompt += (&choice == choices.data() ? "[" : ", [") + std::string(1, choice.label[0]) +
                   "]" + std::string(choice.label.substr(1));

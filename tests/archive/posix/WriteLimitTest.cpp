@@ -2,38 +2,13 @@
 // write of the archive fails at a chosen byte. Each failure gives the result of what was being
 // written and leaves neither an archive nor a temporary file.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 #include "archive/FileFormatSFX.h"
 #include "tests/archive/WriterFixture.h"
+#include "tests/archive/posix/FileSizeLimit.h"
 
 namespace tests {
 namespace {
-
-// While it lives, no file of this process grows beyond `bytes`: the write that would fails with
-// EFBIG instead of the signal ending the process.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(std::uint64_t bytes) {
-        getrlimit(RLIMIT_FSIZE, &saved_);
-        rlimit limited = saved_;
-        limited.rlim_cur = static_cast<rlim_t>(bytes);
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
-        savedHandler_ = std::signal(SIGXFSZ, SIG_IGN);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &saved_);
-        std::signal(SIGXFSZ, savedHandler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit saved_{};
-    void (*savedHandler_)(int) = SIG_DFL;
-};
 
 class WriteLimitTest : public WriterFixture {
 protected:

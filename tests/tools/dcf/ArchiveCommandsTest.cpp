@@ -1,5 +1,6 @@
 // dcf extract, list, test and info, run as a program on images made record by record.
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <nlohmann/json.hpp>
 
@@ -130,6 +131,22 @@ TEST_F(ArchiveCommandsTest, ListAndTestReadEveryEntryAndWriteNothing) {
     ExpectOneLine(failed, "test", "damaged.dcf (in entry d/a)");
 }
 
+// A name may hold terminal controls: the lines of list show them escaped, as bsdtar does; JSON
+// has its own escapes.
+TEST_F(ArchiveCommandsTest, ListEscapesControlCharactersOfNames) {
+    const std::u16string name = u"\\\x1b]0;title\x07\u009b2J\u00e9\ttab";
+    WriteAll(Path("controls.dcf"),
+             tests::BuildImage(tests::ImageSettings{}, {}, {{name, Bytes(1, 'c'), {}}}));
+    const Outcome plain = Dcf("list controls.dcf" + WithPassword());
+    ASSERT_EQ(plain.code, 0) << plain.err;
+    EXPECT_EQ(plain.out, "          1 \\033]0;title\\a\\302\\2332J\xC3\xA9\\ttab\n");
+    const Outcome json = Dcf("list --json controls.dcf" + WithPassword());
+    ASSERT_EQ(json.code, 0) << json.err;
+    EXPECT_EQ(nlohmann::json::parse(json.out)["files"][0]["name"],
+              "\x1b]0;title\x07\xC2\x9B"
+              "2J\xC3\xA9\ttab");
+}
+
 TEST_F(ArchiveCommandsTest, PasswordSources) {
     // The first line of the file counts, without its line end, whatever the line end is.
     for (const std::string text : {"secret", "secret\r\nsecond line", "secret\nsecond line"}) {
@@ -215,20 +232,80 @@ TEST_F(ArchiveCommandsTest, OverwriteModes) {
     }
 }
 
-TEST_F(ArchiveCommandsTest, ArchiveThatHoldsItselfIsReplacedAtTheEnd) {
-    // The archive's own name comes out of it. The paths name it in other forms than the
-    // target does, and still no byte of it may be written while it is read: it is larger than
-    // what the reader holds in its buffer.
+TEST_F(ArchiveCommandsTest, ArchiveIsNeverReplacedByWhatItHolds) {
+    // The archive's own name comes out of it, and the paths name it in other forms than the
+    // target does: dcf knows it by what it is, not by its name.
     const Bytes large = tests::Noise(600'000, 8);
     const Bytes image = tests::BuildImage(
         tests::ImageSettings{}, {}, {{u"\\next", Bytes(9, 'n'), {}}, {u"\\self.dcf", large, {}}});
     WriteAll(Path("self.dcf"), image);
     fs::create_directory(Path("sub"));
-    const Outcome outcome =
+    const Outcome refused =
         Dcf("extract sub/../self.dcf -C . --overwrite replace" + WithPassword());
-    ASSERT_EQ(outcome.code, 0) << outcome.err;
-    EXPECT_EQ(ReadAll(Path("self.dcf")), std::string(large.begin(), large.end()));
+    EXPECT_EQ(refused.code, kIo);
+    ExpectOneLine(refused, "extract", "./self.dcf: that is the archive being read");
+    EXPECT_EQ(ReadAll(Path("self.dcf")), std::string(image.begin(), image.end()));
+
+    const Outcome skipped = Dcf("extract self.dcf -C . --overwrite skip" + WithPassword());
+    ASSERT_EQ(skipped.code, 0) << skipped.err;
+    EXPECT_EQ(ReadAll(Path("self.dcf")), std::string(image.begin(), image.end()));
     EXPECT_EQ(ReadAll(Path("next")), std::string(9, 'n'));
+}
+
+// Something in the target that can't be replaced ends the run with the I/O code and a message
+// that names the file, what is in the way and what to do.
+TEST_F(ArchiveCommandsTest, TargetsThatCannotBeMadeEndWithTheIoCode) {
+    struct Row {
+        std::string obstacle;
+        std::string needle;
+    };
+    for (const Row& row : {Row{"file d", "out/d/a: The directory name is invalid"},
+                           Row{"folder d/a", "out/d/a: a folder of that name is in the way"},
+                           Row{"link d/a", "out/d/a: a link or special file"}}) {
+        SCOPED_TRACE(row.obstacle);
+        fs::remove_all(Path("out"));
+        fs::create_directory(Path("out"));
+        if (row.obstacle == "file d") {
+            WriteAll(Path("out") / "d", "x");
+        } else if (row.obstacle == "folder d/a") {
+            fs::create_directories(Path("out") / "d" / "a");
+        } else {
+            fs::create_directory(Path("out") / "d");
+            fs::create_symlink(PasswordFile(), Path("out") / "d" / "a");
+        }
+        const Outcome blocked =
+            Dcf("extract archive.dcf -C out --overwrite replace" + WithPassword());
+        EXPECT_EQ(blocked.code, kIo);
+        ExpectOneLine(blocked, "extract", row.needle);
+    }
+    EXPECT_EQ(ReadAll(PasswordFile()), "secret\n");
+}
+
+// Ctrl-C, SIGTERM and SIGHUP while a file is written: the run stops in order, and no file is
+// left cut short under its name, nor a temporary one.
+TEST_F(ArchiveCommandsTest, SignalsLeaveNoHalfWrittenFile) {
+    const Bytes zeros(64u << 20, 0);
+    WriteAll(Path("big.dcf"),
+             tests::BuildImage(tests::ImageSettings{}, {}, {{u"\\big", zeros, {}}}));
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        fs::remove_all(Path("out"));
+        const int dcf = StartDcf(folder_.Native(), "extract big.dcf -C out" + WithPassword());
+        const bool writing = WaitForTemporaryFile(Path("out"), 1);
+        ::kill(dcf, signal);
+        const Outcome stopped = FinishDcf(folder_.Native(), dcf);
+        ASSERT_TRUE(writing);
+        if (stopped.code == 0) {
+            continue;  // it was faster than the signal: the file is complete, as checked below
+        }
+        EXPECT_EQ(stopped.code, kCancelled) << stopped.err;
+        for (const auto& entry : fs::recursive_directory_iterator(Path("out"))) {
+            ADD_FAILURE() << "left behind: " << entry.path();
+        }
+    }
+    if (fs::exists(Path("out") / "big")) {
+        EXPECT_EQ(fs::file_size(Path("out") / "big"), zeros.size());
+    }
 }
 
 // A private key made by dcf keygen once for the suite: it takes a while.

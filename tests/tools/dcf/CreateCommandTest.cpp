@@ -1,5 +1,6 @@
 // dcf create, run as a program, with what it made read back by dcf extract, list and info.
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <nlohmann/json.hpp>
 
@@ -128,6 +129,12 @@ TEST_F(CreateCommandTest, ArgumentsThatCannotMakeAnArchiveAreRefusedInOneLine) {
     const Outcome badKey = Dcf("create a data/reports --no-password --recipient bad.pubkey");
     EXPECT_EQ(badKey.code, kBadKey);
     ExpectOneLine(badKey, "create", "not a public key");
+    // 1024 digits that are no usable key: all ones has the factor 3.
+    WriteAll(Path("ones.pubkey"), std::string(1024, 'f') + "\n");
+    const Outcome degenerate = Dcf("create a data/reports --no-password --recipient ones.pubkey");
+    EXPECT_EQ(degenerate.code, kBadKey);
+    ExpectOneLine(degenerate, "create",
+                  "ones.pubkey: not a usable public key: the modulus has the small factor 3");
     EXPECT_EQ(Dcf("create a data/reports --password-file password --stub s").code, kUsage);
     const Outcome noStub = Dcf("create a data/reports --password-file password --sfx --stub s");
     EXPECT_EQ(noStub.code, kIo);
@@ -162,6 +169,44 @@ TEST_F(CreateCommandTest, ExistingArchiveIsHandledAsTheOptionSays) {
     EXPECT_EQ(Archives(), (std::vector<std::string>{"a (1).dcf", "a (2).dcf", "a.dcf"}));
 }
 
+// --overwrite replace writes the new archive whole before it takes the old one's place: a
+// write that fails, or a signal, leaves the old archive and no temporary file.
+TEST_F(CreateCommandTest, ReplacedArchiveStaysUntilTheNewOneIsComplete) {
+    std::string noise(4u << 20, '\0');
+    std::uint32_t state = 1;
+    for (char& c : noise) {
+        state = state * 1664525u + 1013904223u;
+        c = static_cast<char>(state >> 24);
+    }
+    WriteAll(Path("data/reports/large.bin"), noise);
+    const std::string replace =
+        "create a data/reports --password-file password --overwrite replace";
+
+    // A file size limit stands in for a full disk; its signal is ignored, so the write fails.
+    const std::string limited = "cd " + Quoted(folder_.Native()) +
+                                " && (trap '' XFSZ; ulimit -f 1000; \"" DCF_TOOL_PATH "\" " +
+                                replace + " >/dev/null 2>&1; echo $? >rc)";
+    ASSERT_EQ(Dcf("create a data/notes --password-file password --overwrite replace").code, 0);
+    const std::string before = ReadAll(Path("a.dcf"));
+    ASSERT_EQ(std::system(limited.c_str()), 0);
+    EXPECT_EQ(ReadAll(Path("rc")), "5\n");
+    EXPECT_EQ(ReadAll(Path("a.dcf")), before);
+    EXPECT_EQ(Archives(), std::vector<std::string>{"a.dcf"});
+
+    // Ctrl-C takes the same way as these two (dcf extract tests all three).
+    for (const int signal : {SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        const int dcf = StartDcf(folder_.Native(), replace);
+        const bool writing = WaitForTemporaryFile(folder_.Native(), 1);
+        ::kill(dcf, signal);
+        const Outcome stopped = FinishDcf(folder_.Native(), dcf);
+        ASSERT_TRUE(writing);
+        EXPECT_EQ(stopped.code, kCancelled) << stopped.err;
+        EXPECT_EQ(ReadAll(Path("a.dcf")), before);
+        EXPECT_EQ(Archives(), std::vector<std::string>{"a.dcf"});
+    }
+}
+
 TEST_F(CreateCommandTest, RecipientAloneOpensAndSelfExtractingFilesCarryTheStub) {
     ASSERT_EQ(Dcf("keygen --name r --out key").code, 0);
     std::string stub = "#!/bin/sh\necho stub\nexit 0\n";
@@ -169,20 +214,26 @@ TEST_F(CreateCommandTest, RecipientAloneOpensAndSelfExtractingFilesCarryTheStub)
     WriteAll(Path("stub"), stub);
     fs::permissions(Path("stub"), fs::perms::owner_exec, fs::perm_options::add);
 
+    // A stub that is no Windows program gives a name without ".exe".
     const Outcome created =
         Dcf("create parcel data/reports --no-password --recipient key.pubkey --sfx --stub stub");
     ASSERT_EQ(created.code, 0) << created.err;
-    const std::string file = ReadAll(Path("parcel.exe"));
+    const std::string file = ReadAll(Path("parcel"));
     EXPECT_EQ(file.substr(0, stub.size()), stub);
-    EXPECT_NE(fs::status(Path("parcel.exe")).permissions() & fs::perms::owner_exec,
-              fs::perms::none);
+    EXPECT_NE(fs::status(Path("parcel")).permissions() & fs::perms::owner_exec, fs::perms::none);
 
-    ASSERT_EQ(Dcf("extract parcel.exe -C out --key key.privkey").code, 0);
+    ASSERT_EQ(Dcf("extract parcel -C out --key key.privkey").code, 0);
     ExpectReports(Path("out"));
-    EXPECT_EQ(Dcf("extract parcel.exe -C none --password-stdin", "\n").code, kBadKey);
-    const Outcome info = Dcf("info --json parcel.exe");
+    EXPECT_EQ(Dcf("extract parcel -C none --password-stdin", "\n").code, kBadKey);
+    const Outcome info = Dcf("info --json parcel");
     ASSERT_EQ(info.code, 0);
     EXPECT_EQ(nlohmann::json::parse(info.out)["imageOffset"], stub.size());
+
+    // One that begins like a Windows program does.
+    WriteAll(Path("windows-stub"), "MZ" + stub);
+    ASSERT_EQ(Dcf("create win data/notes --password-file password --sfx --stub windows-stub").code,
+              0);
+    EXPECT_EQ(ReadAll(Path("win.exe")).substr(0, stub.size() + 2), "MZ" + stub);
 }
 
 TEST_F(CreateCommandTest, ManifestGivesCategoriesToFilesAndThePreamble) {

@@ -1,12 +1,16 @@
 #include "tests/tools/dcf/DcfProgram.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <thread>
 
 namespace dcftest {
 
@@ -26,13 +30,52 @@ std::string Quoted(const fs::path& path) {
     return "'" + path.string() + "'";
 }
 
-Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input) {
+Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input,
+               const fs::path& program) {
     WriteAll(folder / "stdin", input);
-    const std::string command = "cd " + Quoted(folder) + " && \"" DCF_TOOL_PATH "\" " + arguments +
-                                " <stdin >stdout 2>stderr; echo $? >rc";
+    const std::string command = "cd " + Quoted(folder) + " && " + Quoted(program) + " " +
+                                arguments + " <stdin >stdout 2>stderr; echo $? >rc";
     EXPECT_EQ(std::system(command.c_str()), 0);
     return {std::stoi(ReadAll(folder / "rc")), ReadAll(folder / "stdout"),
             ReadAll(folder / "stderr")};
+}
+
+int StartDcf(const fs::path& folder, const std::string& arguments) {
+    WriteAll(folder / "stdin", "");
+    const std::string command = "cd " + Quoted(folder) + " && exec \"" DCF_TOOL_PATH "\" " +
+                                arguments + " <stdin >stdout 2>stderr";
+    const pid_t process = ::fork();
+    if (process == 0) {
+        ::execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    EXPECT_GT(process, 0);
+    return process;
+}
+
+Outcome FinishDcf(const fs::path& folder, int process) {
+    int status = 0;
+    EXPECT_EQ(::waitpid(process, &status, 0), process);
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return {code, ReadAll(folder / "stdout"), ReadAll(folder / "stderr")};
+}
+
+bool WaitForTemporaryFile(const fs::path& folder, std::uintmax_t bytes) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (std::chrono::steady_clock::now() < end) {
+        std::error_code error;
+        for (fs::recursive_directory_iterator it(folder, error), last; !error && it != last;
+             it.increment(error)) {
+            const std::string name = it->path().filename().string();
+            std::error_code gone;
+            const std::uintmax_t size = fs::file_size(it->path(), gone);
+            if (name.rfind("st", 0) == 0 && name.ends_with(".tmp") && !gone && size >= bytes) {
+                return true;
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return false;
 }
 
 void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle) {

@@ -2,6 +2,7 @@
 // The dcf tool run as a program from its tests: in a folder, with standard input from a string
 // or typed on a pseudo-terminal, its exit code and output read back.
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -31,8 +32,18 @@ struct Outcome {
 };
 
 // Runs dcf in `folder` with `arguments` and `input` on standard input; nothing of it is a
-// terminal.
-Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input = "");
+// terminal. `program` is the dcf that runs, the one built by default.
+Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input = "",
+               const fs::path& program = DCF_TOOL_PATH);
+
+// Starts dcf like RunDcf without waiting for it, and gives its process id, so that a signal
+// can reach it while it works.
+int StartDcf(const fs::path& folder, const std::string& arguments);
+// Waits for a dcf of StartDcf to end; its exit code is 128 + the signal that ended it.
+Outcome FinishDcf(const fs::path& folder, int process);
+// Waits until a file of at least `bytes` whose name begins with "st" and ends with ".tmp" shows
+// under `folder`; false when none came within ten seconds.
+bool WaitForTemporaryFile(const fs::path& folder, std::uintmax_t bytes);
 
 // A failure is told in one line that begins with "dcf COMMAND: " and holds `needle`.
 void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle);

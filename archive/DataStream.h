@@ -74,8 +74,9 @@ private:
     // Reads up to `limit` whole chunks in order into the batch's slots, asking the cancel flag
     // before each block; notes what stopped the reading early.
     void ReadBatch(Batch& batch, std::uint64_t limit);
-    // Hands the batch to the workers; FinishInflating waits for it.
-    void StartInflating(const Batch& batch);
+    // Hands the batch to the workers, unless it is one chunk and the caller has nothing else to
+    // do: then the caller inflates it at once. FinishInflating waits for the workers.
+    void StartInflating(const Batch& batch, bool callerBusy);
     void FinishInflating();
     // Writes the chunks in order, each followed by its progress; the cancel flag is asked
     // between them, where reading them one by one would have asked it.

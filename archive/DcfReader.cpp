@@ -335,7 +335,9 @@ FormatResult ArchiveBodyReader::WriteEntry(const RelativeName& where, platform::
     // the old file never receives a byte, and the old file stays until the new one is whole.
     FormatResult written = FORMAT_OK;
     {
-        BufferedWriter writer(file);
+        // No more buffer than the file needs: a small file pays for no large one.
+        BufferedWriter writer(
+            file, static_cast<std::size_t>(std::min<std::uint64_t>(size, kIoBufferSize)));
         written = RunDataStream(&writer, size, false);
     }
     file.Close();

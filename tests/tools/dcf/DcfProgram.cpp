@@ -110,9 +110,13 @@ int RunDcfOnTerminal(const fs::path& folder, const std::string& arguments,
                       "done; "
                       "sleep 0.2; }\n";
     std::map<std::string, int> shown;
-    for (const auto& [prompt, line] : exchanges) {
-        run += "wait_for '" + prompt + "' " + std::to_string(++shown[prompt]) + "\n";
-        run += "printf '%s\\n' '" + line + "' >&3\n";
+    for (const Exchange& exchange : exchanges) {
+        run +=
+            "wait_for '" + exchange.prompt + "' " + std::to_string(++shown[exchange.prompt]) + "\n";
+        if (exchange.pauseSeconds > 0) {
+            run += "sleep " + std::to_string(exchange.pauseSeconds) + "\n";
+        }
+        run += "printf '%s\\n' '" + exchange.line + "' >&3\n";
     }
     run += "exec 3>&-\nwait\n";
     EXPECT_EQ(std::system(run.c_str()), 0);

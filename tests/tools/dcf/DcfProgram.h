@@ -50,8 +50,12 @@ bool WaitForTemporaryFile(const fs::path& folder, std::uintmax_t bytes);
 // `needle`.
 void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle);
 
-// A prompt to wait for and the line typed once it shows.
-using Exchange = std::pair<std::string, std::string>;
+// A prompt to wait for, the line typed once it shows, and how long to wait before typing it.
+struct Exchange {
+    std::string prompt;
+    std::string line;
+    double pauseSeconds = 0;
+};
 
 // Whether script(1) and mkfifo are there to make a pseudo-terminal.
 bool CanRunOnTerminal();

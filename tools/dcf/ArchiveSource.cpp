@@ -1,55 +1,20 @@
 #include "tools/dcf/ArchiveSource.h"
 
 #include <filesystem>
-#include <iostream>
 
 #include "archive/SfxImage.h"
 #include "archive/SfxTrailer.h"
-#include "platform/SecureMemory.h"
-#include "platform/Terminal.h"
-#include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ToolOutput.h"
 
 namespace dcf {
-
-std::string FirstLine(std::string text) {
-    const std::size_t end = text.find('\n');
-    if (end != std::string::npos) {
-        text.resize(end);
-    }
-    if (!text.empty() && text.back() == '\r') {
-        text.pop_back();
-    }
-    return text;
-}
-
-std::string ReadPasswordFile(const std::string& command, const std::string& path) {
-    platform::File file;
-    std::uint64_t size = 0;
-    platform::ErrorCode error = file.Open(PathFromArgument(path), platform::OpenMode::Read);
-    if (error == platform::kErrorSuccess) {
-        error = file.Size(size);
-    }
-    constexpr std::uint64_t kLongestLine = 64 * 1024;  // far more than a password needs
-    std::string text(static_cast<std::size_t>(std::min(size, kLongestLine)), '\0');
-    std::size_t got = 0;
-    if (error == platform::kErrorSuccess) {
-        error = file.Read(text.data(), text.size(), got);
-    }
-    if (error != platform::kErrorSuccess) {
-        FailWith(command, path + ": " + DescribeError(error), kExitIo);
-    }
-    text.resize(got);
-    return FirstLine(std::move(text));
-}
 
 ImageSource OpenImage(const std::string& command, const std::string& path) {
     const std::u16string native = PathFromArgument(path);
     ImageSource source;
     const platform::ErrorCode error = source.stream.Open(native, platform::OpenMode::Read);
     if (error != platform::kErrorSuccess) {
-        FailWith(command, path + ": " + DescribeError(error), kExitIo);
+        FailWith(command, path + ": " + DescribeError(error, native), kExitIo);
     }
     SfxTrailerBytes trailer{};
     if (ReadSfxTrailer(source.stream, trailer) && HasSfxSignature(trailer)) {
@@ -74,51 +39,6 @@ std::u16string CanonicalPath(const std::string& argument) {
     const std::filesystem::path canonical =
         std::filesystem::weakly_canonical(std::filesystem::path(PathFromArgument(argument)), error);
     return error ? PathFromArgument(argument) : canonical.u16string();
-}
-
-void AddKeyOptions(CLI::App& command, KeyOptions& options) {
-    auto* file = command.add_option("--password-file", options.passwordFile,
-                                    "Read the password from the first line of a UTF-8 file");
-    auto* input = command.add_flag("--password-stdin", options.passwordStdin,
-                                   "Read the password from the first line of standard input");
-    auto* key = command.add_option("--key", options.keyFile,
-                                   "Open the archive with a private key file (*.privkey)");
-    file->excludes(input)->excludes(key);
-    input->excludes(key);
-}
-
-void LoadKeys(const std::string& command, const std::string& archive, const KeyOptions& options,
-              ArchiveExtractRequest& request) {
-    std::string password;
-    if (!options.keyFile.empty()) {
-        const std::uint32_t error =
-            request.securityKey.PrivateFromFile(PathFromArgument(options.keyFile).c_str());
-        if (error != 0) {
-            FailWith(command,
-                     options.keyFile + ": not a readable private key: " + DescribeError(error),
-                     error == platform::kErrorInvalidData ? kExitBadKey : kExitIo);
-        }
-        request.keyGiven = true;
-        return;
-    }
-    if (!options.passwordFile.empty()) {
-        password = ReadPasswordFile(command, options.passwordFile);
-    } else if (options.passwordStdin) {
-        std::getline(std::cin, password);
-        password = FirstLine(password);
-    } else if (platform::IsInteractiveTerminal()) {
-        std::cerr << "Password for " << archive << ": " << std::flush;
-        const bool read = platform::ReadTerminalLine(password, false);
-        std::cerr << '\n';
-        if (!read) {
-            FailWith(command, "no password entered", kExitCancelled);
-        }
-    } else {
-        FailWith(command, "give --password-file, --password-stdin or --key", kExitUsage);
-    }
-    request.password = platform::Utf8ToUtf16(password);
-    request.passwordGiven = true;
-    platform::SecureWipe(password.data(), password.size());
 }
 
 }  // namespace dcf

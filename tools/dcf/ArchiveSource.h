@@ -1,13 +1,9 @@
 #pragma once
-// What the archive commands of dcf share: finding the DCF image in a plain or self-extracting
-// file, and the options that open its key block.
-
-#include <CLI/CLI.hpp>
+// Finding the DCF image in a plain or self-extracting file, for the archive commands of dcf.
 
 #include <cstdint>
 #include <string>
 
-#include "archive/ArchiveExtractRequest.h"
 #include "platform/File.h"
 
 namespace dcf {
@@ -28,23 +24,5 @@ ImageSource OpenImage(const std::string& command, const std::string& path);
 // it exists, so that the archive and the files under the target are compared in one spelling:
 // an archive that holds its own name must not be written while it is read.
 std::u16string CanonicalPath(const std::string& argument);
-
-struct KeyOptions {
-    std::string passwordFile;
-    bool passwordStdin = false;
-    std::string keyFile;
-};
-
-// The first line of `text`, without its line end.
-std::string FirstLine(std::string text);
-// The first line of a UTF-8 file; ends the command when the file can't be read.
-std::string ReadPasswordFile(const std::string& command, const std::string& path);
-
-void AddKeyOptions(CLI::App& command, KeyOptions& options);
-
-// Fills the password or the private key of `request`. Without an option, asks on the terminal
-// without echo; with no terminal either, ends the command as a usage error.
-void LoadKeys(const std::string& command, const std::string& archive, const KeyOptions& options,
-              ArchiveExtractRequest& request);
 
 }  // namespace dcf

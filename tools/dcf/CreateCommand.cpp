@@ -1,28 +1,22 @@
 // dcf create: a new archive, plain or self-extracting, of files and folders.
 #include <array>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "archive/DcfRecords.h"
 #include "archive/FileFormatDCF.h"
 #include "archive/FileFormatSFX.h"
-#include "crypto/Rsa.h"
+#include "frontend/terminal/TerminalUi.h"
 #include "platform/File.h"
-#include "platform/SecureMemory.h"
-#include "platform/Terminal.h"
 #include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveRun.h"
-#include "tools/dcf/ArchiveSource.h"
 #include "tools/dcf/CategoryManifest.h"
 #include "tools/dcf/Commands.h"
-#include "tools/dcf/ReplaceQuestion.h"
+#include "tools/dcf/KeyInput.h"
 #include "tools/dcf/ShippedStubs.h"
 #include "tools/dcf/SourceWalk.h"
 #include "tools/dcf/ToolOutput.h"
@@ -38,9 +32,8 @@ const std::string kCommand = "create";
 struct CreateOptions {
     std::string archive;
     std::vector<std::string> paths;
-    std::string passwordFile;
-    bool passwordStdin = false;
-    bool noPassword = false;
+    std::vector<std::string> excluded;
+    NewPasswordOptions password;
     std::string recipient;
     bool sfx = false;
     std::string stub;
@@ -58,96 +51,6 @@ const std::map<std::string, OverwriteMode> kAnswers = {{"replace", OVERWRITE_REP
                                                        {"ask", OVERWRITE_ASK},
                                                        {"cancel", OVERWRITE_CANCEL}};
 
-// The password typed twice without echo; ends the command when the two differ.
-std::string AskNewPassword(const std::string& archive) {
-    std::string first;
-    std::string second;
-    std::cerr << "Password for " << archive << ": " << std::flush;
-    bool read = platform::ReadTerminalLine(first, false);
-    std::cerr << '\n';
-    if (read) {
-        std::cerr << "Repeat the password: " << std::flush;
-        read = platform::ReadTerminalLine(second, false);
-        std::cerr << '\n';
-    }
-    const bool same = first == second;
-    platform::SecureWipe(second.data(), second.size());
-    if (!read) {
-        platform::SecureWipe(first.data(), first.size());
-        FailWith(kCommand, "no password entered", kExitCancelled);
-    }
-    if (!same) {
-        platform::SecureWipe(first.data(), first.size());
-        FailWith(kCommand, "the two passwords differ", kExitUsage);
-    }
-    return first;
-}
-
-void LoadPassword(const CreateOptions& options, ArchiveWriteRequest& request) {
-    if (options.noPassword) {
-        if (options.recipient.empty()) {
-            FailWith(kCommand, "--no-password needs --recipient: nothing could open the archive",
-                     kExitUsage);
-        }
-        return;
-    }
-    std::string password;
-    if (!options.passwordFile.empty()) {
-        password = ReadPasswordFile(kCommand, options.passwordFile);
-    } else if (options.passwordStdin) {
-        std::getline(std::cin, password);
-        password = FirstLine(password);
-    } else if (platform::IsInteractiveTerminal()) {
-        password = AskNewPassword(options.archive);
-    } else {
-        FailWith(kCommand, "give --password-file, --password-stdin or --no-password", kExitUsage);
-    }
-    request.password = platform::Utf8ToUtf16(password);
-    request.passwordGiven = true;
-    platform::SecureWipe(password.data(), password.size());
-    if (!dcf::PasswordBytes(request.password)) {
-        FailWith(kCommand, "the password is longer than 64 bytes", kExitUsage);
-    }
-}
-
-// The recipient's public key text: 1024 hexadecimal digits, line ends and blanks ignored, of
-// a modulus that can seal a key block.
-void LoadRecipient(const std::string& path, ArchiveWriteRequest& request) {
-    std::ifstream in(fs::path(PathFromArgument(path)), std::ios::binary);
-    if (!in) {
-        FailWith(kCommand, path + ": the public key can't be read", kExitIo);
-    }
-    // Far more than the digits with any line ends; a larger file is not a key.
-    constexpr std::size_t kLongestKeyFile = 64 * 1024;
-    std::string text(kLongestKeyFile + 1, '\0');
-    in.read(text.data(), static_cast<std::streamsize>(text.size()));
-    text.resize(static_cast<std::size_t>(in.gcount()));
-    std::string digits;
-    for (const char c : text) {
-        if (std::isxdigit(static_cast<unsigned char>(c))) {
-            digits.push_back(c);
-        } else if (!std::isspace(static_cast<unsigned char>(c))) {
-            digits.clear();
-            break;
-        }
-    }
-    if (text.size() > kLongestKeyFile ||
-        digits.size() != Zelmarik::DCCSecurityKey::kPublicKeyDigits) {
-        FailWith(kCommand, path + ": not a public key (1024 hexadecimal digits)", kExitBadKey);
-    }
-    std::array<std::uint32_t, Zelmarik::kRsaNumberWords> modulus{};
-    Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), digits, digits.size());
-    if (const std::string problem = Zelmarik::PublicModulusProblem(modulus.data());
-        !problem.empty()) {
-        FailWith(kCommand,
-                 path + ": not a usable public key: " + problem +
-                     "; ask the recipient for the .pubkey file that dcf keygen made",
-                 kExitBadKey);
-    }
-    request.securityKey.SetPublicKeyText(digits);
-    request.sealForKey = true;
-}
-
 // The choice of --overwrite, and the answer that onArchiveExists gave, if it was asked.
 struct ArchiveExistsAnswer {
     OverwriteMode option = OVERWRITE_ASK;
@@ -162,12 +65,12 @@ OverwriteMode AnswerOfOption(const std::u16string*, void* context) {
 
 OverwriteMode AskAboutArchive(const std::u16string* path, void* context) {
     auto& answer = *static_cast<ArchiveExistsAnswer*>(context);
-    static constexpr ReplaceChoice kChoices[] = {{"yes", OVERWRITE_REPLACE},
-                                                 {"no", OVERWRITE_SKIP},
-                                                 {"rename the new one", OVERWRITE_NUMBERED},
-                                                 {"quit", OVERWRITE_CANCEL}};
-    const ReplaceChoice* choice = AskReplaceOnTerminal(*path, kChoices);
-    answer.given = choice != nullptr ? choice->answer : OVERWRITE_CANCEL;
+    static constexpr std::string_view kChoices[] = {"yes", "no", "rename the new one", "quit"};
+    static constexpr OverwriteMode kAnswers[] = {OVERWRITE_REPLACE, OVERWRITE_SKIP,
+                                                 OVERWRITE_NUMBERED, OVERWRITE_CANCEL};
+    const std::optional<std::size_t> choice =
+        terminal::AskChoice(platform::Utf16ToUtf8(*path) + " exists. Replace it? ", kChoices);
+    answer.given = choice ? kAnswers[*choice] : OVERWRITE_CANCEL;
     return answer.given;
 }
 
@@ -183,7 +86,7 @@ void SetOverwrite(const std::string& option, ArchiveExistsAnswer& answer,
     settings.callbackContexts[CALLBACK_ARCHIVE_EXISTS] = &answer;
     if (answer.option != OVERWRITE_ASK) {
         settings.onArchiveExists = AnswerOfOption;
-    } else if (platform::IsInteractiveTerminal()) {
+    } else if (platform::HasTerminal()) {
         settings.onArchiveExists = AskAboutArchive;
     }
 }
@@ -198,26 +101,22 @@ void CopyRunPermission(const std::u16string& stub, const std::u16string& archive
     }
 }
 
-void RunCreate(const CreateOptions& options) {
-    ArchiveWriteRequest request;
-    request.replaceWhenComplete = true;  // nothing is lost to a failure or an interrupt
-    SourceListing listing = ListSources(kCommand, options.paths, options.quiet);
-    if (!options.categories.empty()) {
-        ApplyCategoryManifest(kCommand, options.categories, listing);
+// Ends the command unless a file can be made in the archive's folder: the writer's own failure
+// there would not say why.
+void CheckFolderWritable(const std::string& archive, const std::u16string& folder) {
+    std::u16string probe;
+    const platform::ErrorCode error = platform::CreateTempFile(folder, u"st", probe);
+    if (error != platform::kErrorSuccess) {
+        FailWith(kCommand, archive + ": can't write in its folder: " + DescribeError(error),
+                 kExitIo);
     }
-    if (!options.recipient.empty()) {
-        LoadRecipient(options.recipient, request);
-    }
-    LoadPassword(options, request);
-    request.rootPath = listing.rootPath;
-    request.items = std::move(listing.items);
-    const fs::path archive = fs::absolute(fs::path(PathFromArgument(options.archive)));
-    request.archiveFolder = archive.parent_path().u16string();
-    request.archiveName = archive.filename().u16string();
-    if (!platform::IsDirectory(request.archiveFolder)) {
-        FailWith(kCommand, options.archive + ": its folder does not exist", kExitIo);
-    }
+    platform::RemoveFile(probe);
+}
 
+void RunCreate(const CreateOptions& options) {
+    if (options.stub.size() != 0 && !options.sfx) {
+        FailWith(kCommand, "--stub goes with --sfx", kExitUsage);
+    }
     std::unique_ptr<DCCFileFormat> format;
     ChosenStub stub;
     if (options.sfx) {
@@ -226,13 +125,44 @@ void RunCreate(const CreateOptions& options) {
     } else {
         format = std::make_unique<DCCFileFormatDCF>();
     }
+    const fs::path archive = fs::absolute(fs::path(PathFromArgument(options.archive)));
+    std::u16string archivePath = archive.u16string();
+    if (!format->HasOwnExtension(archivePath)) {
+        archivePath += format->Extension();
+    }
+
+    ArchiveWriteRequest request;
+    request.replaceWhenComplete = true;  // nothing is lost to a failure or an interrupt
+    WalkOptions walk;
+    walk.archive = archivePath;
+    for (const std::string& pattern : options.excluded) {
+        walk.excluded.push_back(platform::Utf8ToUtf16(pattern));
+    }
+    SourceListing listing = ListSources(kCommand, options.paths, walk);
+    if (!options.categories.empty()) {
+        ApplyCategoryManifest(kCommand, options.categories, listing);
+    }
+    if (!options.recipient.empty()) {
+        LoadRecipient(kCommand, options.recipient, request);
+    }
+    LoadNewPassword(kCommand, options.archive, options.password, request.sealForKey, request);
+    request.rootPath = listing.rootPath;
+    request.items = std::move(listing.items);
+    request.archiveFolder = archive.parent_path().u16string();
+    request.archiveName = archive.filename().u16string();
+    CheckFolderWritable(options.archive, request.archiveFolder);
 
     ArchiveRun run(!options.quiet);
     run.report.totalSize = listing.totalSize;
+    ReadRealPaths(listing, run.settings);
     ArchiveExistsAnswer answer;
     SetOverwrite(options.overwrite, answer, run.settings);
     const FormatResult result = format->WriteArchive(&request, &run.settings);
     run.EndProgress();
+    if (result == FORMAT_CANCELLED && run.Interrupted()) {
+        FailWith(kCommand, options.archive + ": cancelled by Ctrl-C; nothing was written",
+                 kExitCancelled);
+    }
     if (result == FORMAT_CANCELLED && run.settings.onArchiveExists == nullptr &&
         run.settings.overwriteMode == OVERWRITE_ASK) {
         FailWith(kCommand, options.archive + ": exists; choose what to do with --overwrite",
@@ -253,7 +183,11 @@ void RunCreate(const CreateOptions& options) {
     }
     if (!options.quiet) {
         std::cout << "Created " << written << ": " << Counted(listing.files, "file") << ", "
-                  << Counted(listing.folders, "folder") << ", " << listing.totalSize << " bytes\n";
+                  << Counted(listing.folders, "folder") << ", " << listing.totalSize << " bytes"
+                  << (listing.leftOut == 0
+                          ? ""
+                          : "; " + std::to_string(listing.leftOut) + " left out, as noted above")
+                  << '\n';
     }
 }
 
@@ -264,19 +198,26 @@ void AddCreateCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand(
         "create", "Create an archive (plain .dcf or self-extracting) of files and folders");
     command->footer(
-        "Names in the archive begin at the folder that holds the PATHs: 'dcf create a.dcf "
-        "data/reports' stores reports/2021/a.txt. All PATHs must lie in one folder. Without a "
-        "password option the password is asked twice on the terminal.");
+        "Each PATH is stored under its own last name: 'dcf create a.dcf data/reports "
+        "~/notes.txt' stores reports/2021/a.txt and notes.txt. Without a password option the "
+        "password is asked twice on the terminal. What can't be stored (unreadable, not UTF-8, "
+        "a name Windows can't extract, --exclude) is left out with a note.");
     command
         ->add_option("ARCHIVE", options->archive,
                      "The new archive; .dcf (or .exe with a Windows stub) is added when missing")
         ->required();
     command->add_option("PATH", options->paths, "Files and folders to store")->required();
-    auto* file = command->add_option("--password-file", options->passwordFile,
+    command
+        ->add_option("--exclude", options->excluded,
+                     "Leave out what matches PATTERN (* ? [..]) by its name in the archive or "
+                     "its last name; may be given again")
+        ->type_name("PATTERN")
+        ->allow_extra_args(false);
+    auto* file = command->add_option("--password-file", options->password.passwordFile,
                                      "Read the password from the first line of a UTF-8 file");
-    auto* input = command->add_flag("--password-stdin", options->passwordStdin,
+    auto* input = command->add_flag("--password-stdin", options->password.passwordStdin,
                                     "Read the password from the first line of standard input");
-    auto* none = command->add_flag("--no-password", options->noPassword,
+    auto* none = command->add_flag("--no-password", options->password.noPassword,
                                    "No password: only the recipient's private key opens it");
     file->excludes(input)->excludes(none);
     input->excludes(none);
@@ -304,7 +245,7 @@ void AddCreateCommand(CLI::App& app) {
                      "When the archive exists: replace, skip, numbered, ask or cancel")
         ->check(CLI::IsMember({"replace", "skip", "numbered", "ask", "cancel"}))
         ->capture_default_str();
-    command->add_flag("-q,--quiet", options->quiet, "No progress, no notes and no summary");
+    command->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     command->callback([options] { RunCreate(*options); });
 }
 

@@ -31,8 +31,9 @@ struct Outcome {
     std::string err;
 };
 
-// Runs dcf in `folder` with `arguments` and `input` on standard input; nothing of it is a
-// terminal. `program` is the dcf that runs, the one built by default.
+// Runs dcf in `folder` with `arguments` and `input` on standard input, without a terminal, with
+// file permissions in force even for root. `program` is the dcf that runs, the one built by
+// default.
 Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input = "",
                const fs::path& program = DCF_TOOL_PATH);
 
@@ -45,7 +46,8 @@ Outcome FinishDcf(const fs::path& folder, int process);
 // under `folder`; false when none came within ten seconds.
 bool WaitForTemporaryFile(const fs::path& folder, std::uintmax_t bytes);
 
-// A failure is told in one line that begins with "dcf COMMAND: " and holds `needle`.
+// A failure is told in one line that begins with "dcf COMMAND: " ("dcf: " for none) and holds
+// `needle`.
 void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle);
 
 // A prompt to wait for and the line typed once it shows.

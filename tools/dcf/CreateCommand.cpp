@@ -114,9 +114,6 @@ void CheckFolderWritable(const std::string& archive, const std::u16string& folde
 }
 
 void RunCreate(const CreateOptions& options) {
-    if (options.stub.size() != 0 && !options.sfx) {
-        FailWith(kCommand, "--stub goes with --sfx", kExitUsage);
-    }
     std::unique_ptr<DCCFileFormat> format;
     ChosenStub stub;
     if (options.sfx) {

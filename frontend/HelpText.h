@@ -7,5 +7,5 @@
 
 std::span<const std::string_view> HelpTextPieces();
 
-// Writes the pieces to standard output, then a line with the program's version.
+// Writes the pieces to standard output; the last is a line with the program's version.
 void WriteHelpText();

@@ -1,10 +1,12 @@
 #include <array>
 
+#include "DcfVersion.h"
 #include "frontend/HelpText.h"
 
 namespace {
 
-constexpr std::array<std::string_view, 7> kPieces = {
+// The seven pieces of the system, then the version.
+constexpr std::array<std::string_view, 8> kPieces = {
     "Self-extraction archive: \r\n",
     "Run it without parameters or with undefined ones to show GUI and control extraction by "
     "it.\r\n",
@@ -13,6 +15,7 @@ constexpr std::array<std::string_view, 7> kPieces = {
     "\r\n\t-key path\tSet path to private key for extraction",
     "\r\n\t-target path\tSet path to target directory for extraction",
     "\r\n\t-source path\tSet path to source archive to for extraction\r\n",
+    "Vomdrel " DCF_VERSION_TEXT "\r\n",
 };
 
 }  // namespace

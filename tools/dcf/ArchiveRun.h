@@ -39,6 +39,8 @@ public:
     bool Interrupted() const { return interrupted_; }
 
 private:
+    // Turns a pending Ctrl-C, SIGTERM or SIGHUP into the cancel flag.
+    void PollInterrupt();
     static void OnProgress(std::uint32_t percent, void* context);
     static OverwriteMode OnFileExists(const std::u16string* path, bool* flag, void* context);
 

@@ -35,12 +35,14 @@ case "$tree" in
     *) echo "unknown tree: $tree" >&2; exit 2 ;;
 esac
 
-# A tree is configured when its cache holds every setting above (a tree made before a setting
-# was added gets it now).
+# A tree is configured when its cache holds each project option above (a tree made before an
+# option was added gets it now). CMake's own settings are kept in other forms (a compiler's full
+# path) and never change for a tree.
 configured() {
     local cache="$root/$dir/CMakeCache.txt" setting name
     [[ -f "$root/$dir/build.ninja" && -f "$cache" ]] || return 1
     for setting in "${args[@]}"; do
+        [[ $setting == -DDCF_* ]] || continue
         name=${setting#-D}
         name=${name%%=*}
         [[ "$(sed -n "s/^$name:[A-Z]*=//p" "$cache")" == "${setting#*=}" ]] || return 1

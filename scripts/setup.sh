@@ -13,7 +13,7 @@ packages=(
     wine wine64 xvfb xauth
     attr hyperfine 7zip pigz
     libdeflate-dev
-    lintian dpkg-dev file
+    lintian dpkg-dev file bash-completion
 )
 # The i686 stub runs under 32-bit Wine (multiarch). wine64 and wine32:i386 go in one apt call:
 # when the two architectures' lists are out of step, apt would rather remove one to install the other.

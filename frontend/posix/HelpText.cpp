@@ -5,7 +5,7 @@
 
 namespace {
 
-// The pieces of the Windows stub, in the words of a terminal program.
+// The pieces of the Windows stub, in the words of a terminal program, then the version.
 constexpr std::array<std::string_view, 8> kPieces = {
     "Self-extracting archive\n",
     "Run it without parameters, or with others than those below, to be asked on the terminal "

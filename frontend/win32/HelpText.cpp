@@ -5,6 +5,7 @@
 
 namespace {
 
+// The seven pieces of the system, then the version.
 constexpr std::array<std::string_view, 8> kPieces = {
     "Self-extraction archive: \r\n",
     "Run it without parameters or with undefined ones to show GUI and control extraction by "

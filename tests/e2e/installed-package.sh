@@ -19,7 +19,11 @@ version=$(dpkg-deb -f "$deb" Version)
 [[ "$("$dcf" --version)" == "dcf $version" ]] || fail "dcf --version: $("$dcf" --version)"
 (cd "$scratch/usr/lib/dcf/stubs" && sha256sum --quiet --strict -c SHA256SUMS) ||
     fail "the stubs differ from their digests"
-bash -n "$scratch/usr/share/bash-completion/completions/dcf" || fail "the completion script"
+# The completion offers the stubs' platforms after --stub-for.
+platforms=$(bash -c 'source /usr/share/bash-completion/bash_completion && source "$1" &&
+    COMP_WORDS=(dcf create --sfx --stub-for "") && COMP_CWORD=4 && _dcf dcf "" --stub-for &&
+    echo "${COMPREPLY[*]}"' completion "$scratch/usr/share/bash-completion/completions/dcf")
+[[ $platforms == "windows windows-x64 linux" ]] || fail "completion after --stub-for: $platforms"
 
 "$root/tests/e2e/stub-end-to-end.sh" "$dcf" windows "$root/scripts/wine-run.sh"
 echo "package: $(basename "$deb") installs, and its dcf makes what its i686 stub extracts"

@@ -22,7 +22,12 @@ esac
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
-fail() { echo "FAILED: $*" >&2; exit 1; }
+# A failure shows what the stub said, if anything.
+fail() {
+    echo "FAILED: $*" >&2
+    [[ -s stub.out ]] && sed 's/^/  stub: /' stub.out >&2
+    exit 1
+}
 
 # The sender's tree: nested folders, an empty folder, an empty file, a name beyond ASCII, and a
 # file of several pieces.

@@ -39,7 +39,7 @@ public:
     bool Interrupted() const { return interrupted_; }
 
 private:
-    // Notes a Ctrl-C (or SIGTERM, SIGHUP) taken since the last look as the run's interruption.
+    // Turns a pending Ctrl-C, SIGTERM or SIGHUP into the cancel flag.
     void PollInterrupt();
     static void OnProgress(std::uint32_t percent, void* context);
     static OverwriteMode OnFileExists(const std::u16string* path, bool* flag, void* context);

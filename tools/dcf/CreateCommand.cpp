@@ -38,6 +38,7 @@ struct CreateOptions {
     bool sfx = false;
     std::string stub;
     std::string stubFor{kStubPlatforms.front().name};
+    bool stubForGiven = false;
     std::string categories;
     std::string overwrite = "ask";
     bool quiet = false;
@@ -114,6 +115,11 @@ void CheckFolderWritable(const std::string& archive, const std::u16string& folde
 }
 
 void RunCreate(const CreateOptions& options) {
+    if (!options.sfx && (!options.stub.empty() || options.stubForGiven)) {
+        FailWith(kCommand,
+                 std::string(options.stub.empty() ? "--stub-for" : "--stub") + " goes with --sfx",
+                 kExitUsage);
+    }
     std::unique_ptr<DCCFileFormat> format;
     ChosenStub stub;
     if (options.sfx) {
@@ -220,7 +226,7 @@ void AddCreateCommand(CLI::App& app) {
     input->excludes(none);
     command->add_option("--recipient", options->recipient,
                         "Seal the archive also for this public key (PREFIX.pubkey of keygen)");
-    auto* sfx = command->add_flag("--sfx", options->sfx, "Make a self-extracting program");
+    command->add_flag("--sfx", options->sfx, "Make a self-extracting program");
     std::vector<std::string> platforms;
     std::string platformHelp = "Where the recipient runs the self-extracting file:";
     for (const StubPlatform& platform : kStubPlatforms) {
@@ -229,12 +235,10 @@ void AddCreateCommand(CLI::App& app) {
     }
     auto* platform = command->add_option("--stub-for", options->stubFor, platformHelp)
                          ->check(CLI::IsMember(platforms))
-                         ->capture_default_str()
-                         ->needs(sfx);
+                         ->capture_default_str();
     command
         ->add_option("--stub", options->stub, "The stub program of --sfx, instead of a shipped one")
-        ->excludes(platform)
-        ->needs(sfx);
+        ->excludes(platform);
     command->add_option("--categories", options->categories,
                         "JSON manifest: {\"dir/file\": [{\"id\": \"<guid>\", \"name\": ...}]}");
     command
@@ -243,7 +247,10 @@ void AddCreateCommand(CLI::App& app) {
         ->check(CLI::IsMember({"replace", "skip", "numbered", "ask", "cancel"}))
         ->capture_default_str();
     command->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
-    command->callback([options] { RunCreate(*options); });
+    command->callback([options, platform] {
+        options->stubForGiven = platform->count() > 0;
+        RunCreate(*options);
+    });
 }
 
 }  // namespace dcf

@@ -151,7 +151,7 @@ TEST_F(CreateCommandTest, ArgumentsThatCannotMakeAnArchiveAreRefusedInOneLine) {
     };
     const std::string reports = "create a data/reports ";
     for (const Case& refused : std::vector<Case>{
-             {reports + "--password-file password --stub s", "", kUsage, "--stub requires --sfx", ""},
+             {reports + "--password-file password --stub s", "", kUsage, "--stub goes with --sfx"},
              {reports + "--password-file password --sfx --stub s", "", kIo, "no stub"},
              {"create a data/nowhere --password-file password", "", kIo, "data/nowhere"},
              {"create a 'data/latin\xE9' --password-file password", "", kUsage,

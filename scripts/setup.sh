@@ -52,9 +52,25 @@ if ! dpkg --print-foreign-architectures | grep -qx i386; then
     "${sudo_cmd[@]}" dpkg --add-architecture i386
     lists_updated=false
 fi
+# When the security list of one architecture can't be had (a mirror in sync), the other's
+# libraries stand at versions that the first lacks, and Multi-Arch wants both at one version. The
+# second try takes both widths from the release itself, which always holds both.
+install_wine_from_the_release() {
+    local preferences
+    preferences=$(mktemp)
+    printf 'Package: *\nPin: release n=%s\nPin-Priority: 1001\n' \
+        "$(. /etc/os-release && echo "$VERSION_CODENAME")" >"$preferences"
+    echo "setup: installing ${wine_packages[*]} from the release's own lists"
+    DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq \
+        --no-install-recommends --allow-downgrades -o Dir::Etc::Preferences="$preferences" \
+        "${wine_packages[@]}" >/dev/null
+    local status=$?
+    rm -f "$preferences"
+    return $status
+}
 for package in "${wine_packages[@]}"; do
     if ! installed "$package"; then
-        install_packages "${wine_packages[@]}" ||
+        install_packages "${wine_packages[@]}" || install_wine_from_the_release ||
             echo "setup: the i386 and amd64 package lists may be out of step (a mirror in sync);" \
                  "run scripts/setup.sh again later" >&2
         break

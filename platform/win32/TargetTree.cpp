@@ -164,19 +164,20 @@ ErrorCode Rename(Handle folder, const std::u16string& from, const std::u16string
     if (const ErrorCode error = OpenForRemoval(folder, from, opened); error != kErrorSuccess) {
         return error;
     }
-    // The new name is given relative to the same folder handle.
+    // The new name is given relative to the same folder handle, which only the native call
+    // takes as it is.
     const std::size_t nameBytes = to.size() * sizeof(wchar_t);
-    std::vector<std::uint8_t> buffer(sizeof(FILE_RENAME_INFO) + nameBytes);
-    auto* info = reinterpret_cast<FILE_RENAME_INFO*>(buffer.data());
+    std::vector<std::uint8_t> buffer(sizeof(FILE_RENAME_INFORMATION) + nameBytes);
+    auto* info = reinterpret_cast<FILE_RENAME_INFORMATION*>(buffer.data());
     info->ReplaceIfExists = TRUE;
     info->RootDirectory = Native(folder);
-    info->FileNameLength = static_cast<DWORD>(nameBytes);
+    info->FileNameLength = static_cast<ULONG>(nameBytes);
     std::memcpy(info->FileName, to.data(), nameBytes);
-    const BOOL renamed = ::SetFileInformationByHandle(opened, FileRenameInfo, info,
-                                                      static_cast<DWORD>(buffer.size()));
-    const ErrorCode error = renamed ? kErrorSuccess : ::GetLastError();
+    IO_STATUS_BLOCK status{};
+    const NTSTATUS result = ::NtSetInformationFile(
+        opened, &status, info, static_cast<ULONG>(buffer.size()), FileRenameInformation);
     ::CloseHandle(opened);
-    return error;
+    return NT_SUCCESS(result) ? kErrorSuccess : ::RtlNtStatusToDosError(result);
 }
 
 ErrorCode RemoveFile(Handle folder, const std::u16string& name) {

@@ -86,6 +86,7 @@ TEST_F(TargetTreeTest, FoldersFilesAndWhatStandsAtAName) {
               kErrorSuccess);
     ASSERT_EQ(platform::IdentityOf(open, other), kErrorSuccess);
     EXPECT_EQ(identity, other);
+    open.Close();  // Windows renames nothing over an open file
 
     // A second file under the same name replaces the first; a folder is never removed.
     ASSERT_EQ(WriteFile(tree_, ab, u"f", "two"), kErrorSuccess);

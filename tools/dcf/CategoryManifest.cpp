@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <optional>
 
@@ -124,7 +123,16 @@ void ApplyCategoryManifest(const std::string& command, const std::string& path,
     if (!in) {
         FailWith(command, path + ": the category manifest can't be read", kExitIo);
     }
-    const std::string text(std::istreambuf_iterator<char>(in), {});
+    // Far more than the categories of any real tree need; a larger file is not read.
+    constexpr std::size_t kLongestManifest = 64u << 20;
+    const std::streamoff size = in.seekg(0, std::ios::end).tellg();
+    if (size < 0 || static_cast<std::uint64_t>(size) > kLongestManifest) {
+        FailWith(command, path + ": longer than the 64 MiB a category manifest may have",
+                 kExitUsage);
+    }
+    std::string text(static_cast<std::size_t>(size), '\0');
+    in.seekg(0).read(text.data(), size);
+    text.resize(static_cast<std::size_t>(in.gcount()));
     std::map<std::string, ArchiveWriteItem*> files;
     for (ArchiveWriteItem& item : listing.items) {
         if (!item.isFolder) {

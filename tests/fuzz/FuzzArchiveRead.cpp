@@ -41,9 +41,15 @@ constexpr std::uint8_t kWrapBit = 0x04;
 constexpr int kOverwriteShift = 3;
 constexpr std::uint8_t kExistingBit = 0x20;
 
+// A memory file system where there is one: the runs then cost no disk.
+fs::path SandboxBase() {
+    std::error_code error;
+    return fs::is_directory("/dev/shm", error) ? fs::path("/dev/shm") : fs::temp_directory_path();
+}
+
 class Sandbox {
 public:
-    Sandbox() {
+    Sandbox() : root_(SandboxBase()) {
         fs::path folder = root_.Native();
         for (int level = 1; level <= kTargetDepth; ++level) {
             folder /= "d" + std::to_string(level);

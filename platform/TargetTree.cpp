@@ -68,10 +68,10 @@ struct TargetTree::Chain {
     // Levels of the open branch that `folder` shares with it; the target always counts.
     std::size_t SharedLevels(std::u16string_view folder) const {
         std::size_t same = 0;
-        if (folder.size() >= path.size() &&
+        if (!path.empty() && folder.size() >= path.size() &&
             std::memcmp(path.data(), folder.data(), path.size() * sizeof(char16_t)) == 0) {
             same = path.size();  // the common case, at the speed of memcmp on a deep branch
-        } else {
+        } else if (!path.empty()) {
             same = static_cast<std::size_t>(
                 std::mismatch(path.begin(), path.end(), folder.begin(), folder.end()).first -
                 path.begin());

@@ -52,7 +52,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     ArchiveWriteRequest request;
-    request.rootPath = kRoot;
+    // The names begin at the first folder: what stands before it is cut off.
+    request.rootPath = std::u16string(kRoot) + (shape == "deep" ? u"/d" : u"/w");
     request.password = platform::Utf8ToUtf16(argv[4]);
     request.passwordGiven = true;
     shape == "deep" ? AddDeep(request, count) : AddWide(request, count);

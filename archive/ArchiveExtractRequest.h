@@ -1,6 +1,7 @@
 #pragma once
 // What one ExtractArchive call is to do. Built by the caller, used for one call.
 
+#include <functional>
 #include <string>
 
 #include "Common/Common/SecureBuffer.h"
@@ -20,4 +21,8 @@ struct ArchiveExtractRequest {
     // A file cut short by a failure or a cancel stays under its name with what was written;
     // without this it is deleted, and no file under a real name is ever incomplete.
     bool keepPartialFile = true;
+    // Which entries are extracted, and under which names: called with each stored name, it
+    // returns false to leave the entry out, or may rewrite the name (in the stored form, still
+    // a safe one). The folders above a chosen file are made too. Empty: all, as stored.
+    std::function<bool(std::u16string& name)> selectEntry;
 };

@@ -1,60 +1,46 @@
 #include "archive/ChunkCodec.h"
 
-#include <zlib.h>
-
-#include <limits>
+#include "archive/ChunkCodecEngine.h"
+#include "archive/ChunkCodecStored.h"
 
 namespace {
 
-constexpr int kCompressionLevel = 6;
+#ifdef DCF_HAVE_LIBDEFLATE
+constexpr ChunkEngine kEngines[] = {ChunkEngine::Libdeflate, ChunkEngine::Zlib};
+#else
+constexpr ChunkEngine kEngines[] = {ChunkEngine::Zlib};
+#endif
+
+std::unique_ptr<ChunkCodecEngine> MakeEngine(ChunkCodec::Direction direction, ChunkEngine engine) {
+#ifdef DCF_HAVE_LIBDEFLATE
+    if (engine == ChunkEngine::Libdeflate) {
+        return MakeLibdeflateEngine(direction);
+    }
+#endif
+    return engine == ChunkEngine::Zlib ? MakeZlibEngine(direction) : nullptr;
+}
 
 }  // namespace
 
-// The stream and zlib's functions for its direction.
-struct ChunkCodec::Stream {
-    z_stream z{};
-    decltype(&deflateReset) reset = nullptr;
-    decltype(&deflate) process = nullptr;
-    decltype(&deflateEnd) end = nullptr;
-};
-
-ChunkCodec::ChunkCodec(Direction direction) : stream_(std::make_unique<Stream>()) {
-    Stream& s = *stream_;
-    if (direction == Direction::Deflate) {
-        ready_ = deflateInit(&s.z, kCompressionLevel) == Z_OK;
-        s.reset = deflateReset;
-        s.process = deflate;
-        s.end = deflateEnd;
-    } else {
-        ready_ = inflateInit(&s.z) == Z_OK;
-        s.reset = inflateReset;
-        s.process = inflate;
-        s.end = inflateEnd;
-    }
+std::span<const ChunkEngine> ChunkEngines() {
+    return kEngines;
 }
 
-ChunkCodec::~ChunkCodec() {
-    if (ready_) {
-        stream_->end(&stream_->z);
-    }
-}
+ChunkCodec::ChunkCodec(Direction direction) : ChunkCodec(direction, kEngines[0]) {}
+
+ChunkCodec::ChunkCodec(Direction direction, ChunkEngine engine)
+    : direction_(direction), engine_(MakeEngine(direction, engine)) {}
+
+ChunkCodec::~ChunkCodec() = default;
 
 bool ChunkCodec::Run(std::span<const std::uint8_t> in, std::span<std::uint8_t> out,
                      std::size_t& produced) {
     produced = 0;
-    constexpr std::size_t kLimit = std::numeric_limits<uInt>::max();
-    if (!ready_ || in.size() > kLimit || out.size() > kLimit ||
-        stream_->reset(&stream_->z) != Z_OK) {
+    if (!engine_) {
         return false;
     }
-    z_stream& z = stream_->z;
-    z.next_in = const_cast<Bytef*>(in.data());  // zlib's interface is not const-correct
-    z.avail_in = static_cast<uInt>(in.size());
-    z.next_out = out.data();
-    z.avail_out = static_cast<uInt>(out.size());
-    if (stream_->process(&z, Z_FINISH) != Z_STREAM_END) {
-        return false;
+    if (direction_ == Direction::Deflate && LooksIncompressible(in)) {
+        return WriteStoredStream(in, out, produced);
     }
-    produced = out.size() - z.avail_out;
-    return true;
+    return engine_->Run(in, out, produced);
 }

@@ -91,19 +91,21 @@ void ChunkCodecPool::WorkerLoop(ChunkCodec& codec) {
     }
 }
 
-void ChunkCodecPool::ForEach(std::size_t count, const Job& job) {
-    // A single chunk is not worth waking anyone for.
-    const bool shared = count > 1 && codecs_.size() > 1;
-    if (shared && !started_) {
+void ChunkCodecPool::Begin(std::size_t count, const Job& job, bool wake) {
+    if (wake && !started_) {
         StartWorkers();
     }
-    std::unique_lock lock(mutex_);
+    const std::lock_guard lock(mutex_);
     job_ = &job;
     count_ = count;
     next_ = 0;
-    if (shared) {
+    if (wake) {
         wake_.notify_all();
     }
+}
+
+void ChunkCodecPool::Finish() {
+    std::unique_lock lock(mutex_);
     RunShare(*codecs_.front(), lock);
     // Only calls under way are waited for: a worker that wakes late finds nothing left, and
     // the caller does not wait for it.
@@ -114,4 +116,15 @@ void ChunkCodecPool::ForEach(std::size_t count, const Job& job) {
     if (failure_) {
         std::rethrow_exception(std::exchange(failure_, nullptr));
     }
+}
+
+void ChunkCodecPool::ForEach(std::size_t count, const Job& job) {
+    // A single chunk is not worth waking anyone for.
+    Begin(count, job, count > 1 && codecs_.size() > 1);
+    Finish();
+}
+
+void ChunkCodecPool::Start(std::size_t count, const Job& job) {
+    // The caller has other work meanwhile: even one chunk goes to a thread.
+    Begin(count, job, count > 0 && codecs_.size() > 1);
 }

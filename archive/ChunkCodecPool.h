@@ -43,7 +43,15 @@ public:
     // out of a call stops the handing out of indices and is thrown here once the others are done.
     void ForEach(std::size_t count, const Job& job);
 
+    // ForEach in two halves, so that the caller can do other work while the threads run the
+    // calls: Start hands the indices to the threads and returns at once; Finish runs what is
+    // left on the caller, waits for the calls under way and throws what ForEach would. `job`
+    // must live until Finish returns, and every Start needs its Finish before the next one.
+    void Start(std::size_t count, const Job& job);
+    void Finish();
+
 private:
+    void Begin(std::size_t count, const Job& job, bool wake);
     void StartWorkers();
     void WorkerLoop(ChunkCodec& codec);
     // Claims indices of the current batch and runs them until none is left.

@@ -7,8 +7,9 @@
 namespace {
 
 // Chunks inflated together at most: enough to share among a few workers, few enough to keep
-// the buffers small (2·64 buffers of 1280·B bytes).
-constexpr std::size_t kBatchChunks = 64;
+// the buffers small (two sets of 2·128 buffers of 1280·B bytes, 10 MiB with 16-byte blocks).
+constexpr std::size_t kBatchChunks = 128;
+constexpr std::size_t kSets = 2;
 
 // The whole percent of `processed` in `total`, at most 100; nothing when the total is 0.
 std::optional<std::uint32_t> PercentOf(std::uint64_t processed, std::uint64_t total) {
@@ -28,7 +29,13 @@ DataStreamReader::DataStreamReader(BufferedReader& source, const KeyContext& key
       keys_(keys),
       settings_(settings),
       total_(total),
-      inflaters_(ChunkCodec::Direction::Inflate, workers) {}
+      inflaters_(ChunkCodec::Direction::Inflate, workers),
+      inflate_([this](ChunkCodec& inflater, std::size_t index) {
+          const std::size_t at = inflateFirst_ + index;
+          Slot& slot = slots_[at];
+          slot.inflated =
+              inflater.Run(InputArea(at).first(slot.compressed), OutputArea(at), slot.produced);
+      }) {}
 
 bool DataStreamReader::Prepare() {
     if (!chain_) {
@@ -38,20 +45,21 @@ bool DataStreamReader::Prepare() {
             return false;
         }
         capacity_ = dcf::kMaxChunkBlocks * chain_->BlockSize();
-        inputs_.reset(new std::uint8_t[kBatchChunks * capacity_]);
-        outputs_.reset(new std::uint8_t[kBatchChunks * capacity_]);
-        slots_.resize(kBatchChunks);
+        inputs_.resize(kSets * kBatchChunks * capacity_);
+        outputs_.resize(kSets * kBatchChunks * capacity_);
+        slots_.resize(kSets * kBatchChunks);
+        batches_[1].first = kBatchChunks;
     }
     chain_->Restart();
     return true;
 }
 
 std::span<std::uint8_t> DataStreamReader::InputArea(std::size_t slot) {
-    return {inputs_.get() + slot * capacity_, capacity_};
+    return {inputs_.data() + slot * capacity_, capacity_};
 }
 
 std::span<std::uint8_t> DataStreamReader::OutputArea(std::size_t slot) {
-    return {outputs_.get() + slot * capacity_, capacity_};
+    return {outputs_.data() + slot * capacity_, capacity_};
 }
 
 bool DataStreamReader::ReadBlocks(std::span<std::uint8_t> area, std::size_t bytes) {
@@ -75,45 +83,73 @@ void DataStreamReader::ReportProgress(std::uint64_t processed, std::uint32_t& la
     }
 }
 
-FormatResult DataStreamReader::ReadBatch(std::size_t limit, std::size_t& count) {
+std::uint64_t DataStreamReader::ChunksStillNeeded(const Entry& entry, const Batch* inFlight) const {
+    // Were every chunk as long as a chunk can be, the entry would still need this many: no
+    // chunk read up to there lies behind the entry's stream.
+    const std::uint64_t rest = entry.size - entry.written;
+    const std::uint64_t needed = (rest + capacity_ - 1) / capacity_;
+    const std::uint64_t inHand = inFlight != nullptr ? inFlight->count : 0;
+    return needed > inHand ? needed - inHand : 0;
+}
+
+void DataStreamReader::ReadBatch(Batch& batch, std::uint64_t limit) {
     const std::size_t blockSize = chain_->BlockSize();
-    for (count = 0; count < limit; ++count) {
-        const std::span<std::uint8_t> area = InputArea(count);
+    batch.count = 0;
+    batch.read = FORMAT_OK;
+    const std::size_t wanted =
+        static_cast<std::size_t>(std::min<std::uint64_t>(kBatchChunks, limit));
+    for (; batch.count < wanted; ++batch.count) {
+        const std::size_t index = batch.first + batch.count;
+        const std::span<std::uint8_t> area = InputArea(index);
         std::uint32_t compressed = 0;
         while (compressed == 0) {  // a zero length keeps the next block a length block
             if (settings_.IsCancelled()) {
-                return FORMAT_CANCELLED;
+                batch.read = FORMAT_CANCELLED;
+                return;
             }
             if (!ReadBlocks(area, blockSize)) {
-                return FORMAT_FAILED;
+                batch.read = FORMAT_FAILED;
+                return;
             }
             compressed = dcf::DecodeChunkLength(area.first(blockSize));
         }
         if (compressed >= capacity_) {
-            return FORMAT_FAILED;
+            batch.read = FORMAT_FAILED;
+            return;
         }
         if (settings_.IsCancelled()) {
-            return FORMAT_CANCELLED;
+            batch.read = FORMAT_CANCELLED;
+            return;
         }
         if (!ReadBlocks(area, dcf::ChunkDataBlocks(compressed, blockSize) * blockSize)) {
-            return FORMAT_FAILED;
+            batch.read = FORMAT_FAILED;
+            return;
         }
-        slots_[count].compressed = compressed;
+        slots_[index].compressed = compressed;
     }
-    return FORMAT_OK;
 }
 
-void DataStreamReader::InflateBatch(std::size_t count) {
-    inflaters_.ForEach(count, [this](ChunkCodec& inflater, std::size_t index) {
-        Slot& slot = slots_[index];
-        slot.inflated =
-            inflater.Run(InputArea(index).first(slot.compressed), OutputArea(index), slot.produced);
-    });
+void DataStreamReader::StartInflating(const Batch& batch, bool callerBusy) {
+    // The job's indices count from the batch's first slot.
+    inflateFirst_ = batch.first;
+    if (batch.count == 1 && !callerBusy) {
+        inflaters_.ForEach(1, inflate_);  // a lone chunk of a small file: no thread to wake
+        return;
+    }
+    inflaters_.Start(batch.count, inflate_);
+    inflating_ = true;
 }
 
-FormatResult DataStreamReader::WriteBatch(Entry& entry, std::size_t count, bool skip) {
-    for (std::size_t index = 0; index < count; ++index) {
-        if (index > 0 && settings_.IsCancelled()) {
+void DataStreamReader::FinishInflating() {
+    if (inflating_) {
+        inflating_ = false;
+        inflaters_.Finish();
+    }
+}
+
+FormatResult DataStreamReader::WriteBatch(Entry& entry, const Batch& batch, bool skip) {
+    for (std::size_t index = batch.first; index < batch.first + batch.count; ++index) {
+        if (index > batch.first && settings_.IsCancelled()) {
             return FORMAT_CANCELLED;
         }
         const Slot& slot = slots_[index];
@@ -130,7 +166,7 @@ FormatResult DataStreamReader::WriteBatch(Entry& entry, std::size_t count, bool 
         entry.processed += piece;
         ReportProgress(entry.processed, entry.lastPercent, true);
     }
-    return FORMAT_OK;
+    return batch.read;
 }
 
 FormatResult DataStreamReader::ReadDataStream(BufferedWriter* target, std::uint64_t size,
@@ -141,23 +177,46 @@ FormatResult DataStreamReader::ReadDataStream(BufferedWriter* target, std::uint6
     if (!Prepare() || !dcf::PieceCountFits(size, chain_->BlockSize())) {
         return FORMAT_FAILED;
     }
+    // Whichever way the stream ends, no batch is left with the workers.
+    struct InflatingGuard {
+        DataStreamReader& reader;
+        ~InflatingGuard() {
+            try {
+                reader.FinishInflating();
+            } catch (...) {  // the stream has its result already
+            }
+        }
+    } guard{*this};
     Entry entry{target, size, processed};
-    while (entry.written < size) {
-        // Were every chunk as long as a chunk can be, all but the batch's last would still end
-        // before the entry does: no chunk of a batch lies behind the entry's stream.
-        const std::uint64_t rest = size - entry.written;
-        const auto limit = static_cast<std::size_t>(
-            std::min<std::uint64_t>(kBatchChunks, (rest + capacity_ - 1) / capacity_));
-        std::size_t count = 0;
-        const FormatResult read = ReadBatch(limit, count);
-        InflateBatch(count);
-        const FormatResult written = WriteBatch(entry, count, skip);
-        if (written != FORMAT_OK) {
-            return written;
+    const Batch* written = nullptr;  // inflating, to be written next
+    for (std::size_t set = 0;; set = 1 - set) {
+        Batch& batch = batches_[set];
+        batch.count = 0;
+        batch.read = FORMAT_OK;
+        // Nothing is read behind a batch whose reading failed.
+        const bool readable = written == nullptr || written->read == FORMAT_OK;
+        if (const std::uint64_t limit = ChunksStillNeeded(entry, written); readable && limit > 0) {
+            ReadBatch(batch, limit);
         }
-        if (read != FORMAT_OK) {
-            return read;
+        FinishInflating();
+        if (batch.count > 0) {
+            StartInflating(batch, written != nullptr);
         }
+        if (written != nullptr) {
+            const FormatResult result = WriteBatch(entry, *written, skip);
+            if (result != FORMAT_OK) {
+                return result;
+            }
+        }
+        if (batch.count == 0) {
+            if (batch.read != FORMAT_OK) {
+                return batch.read;
+            }
+            if (entry.written >= size) {
+                break;
+            }
+        }
+        written = batch.count > 0 ? &batch : nullptr;
     }
     if (!skip && target != nullptr && !target->Flush()) {
         return FORMAT_OUTPUT_WRITE_FAILED;

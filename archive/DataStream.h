@@ -4,11 +4,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
 
+#include "Common/Common/SecureBuffer.h"
 #include "archive/ArchiveUserSettings.h"
 #include "archive/BufferedIo.h"
 #include "archive/ChunkCodecPool.h"
@@ -16,11 +16,13 @@
 #include "archive/ResultCodes.h"
 #include "crypto/ChunkChain.h"
 
-// The state that serves all entries of one run: the chain of the archive's keys, the chunk
-// buffers of 1280·B bytes each, and the inflate workers. Chunks go in batches: read and undone
-// from the chain in order on the calling thread, inflated on all workers at once, then written
-// in order on the calling thread. A batch never reaches past the entry's stream: it holds no
-// more chunks than the rest of the entry needs if every chunk gave the most it can.
+// The state that serves all entries of one run: the chain of the archive's keys, two sets of
+// chunk buffers of 1280·B bytes each (plaintext, wiped when released), and the inflate workers.
+// Chunks go in batches: read and undone from the chain in order on the calling thread, inflated
+// by the workers, then written in order on the calling thread; while the workers inflate one
+// batch, the caller writes the one before and reads the one after. A batch never reaches past
+// the entry's stream: it holds no more chunks than the rest of the entry needs, with those in
+// hand, if every chunk gave the most it can.
 class DataStreamReader {
 public:
     // `workers` threads inflate, the caller's included (0 counts as 1).
@@ -55,19 +57,30 @@ private:
         std::size_t produced = 0;
         bool inflated = false;
     };
+    // A batch in one set of slots: its chunks, and what stopped its reading early.
+    struct Batch {
+        std::size_t first = 0;
+        std::size_t count = 0;
+        FormatResult read = FORMAT_OK;
+    };
 
     // Sets up the chain and the buffers at the first stream; false when the suite can't carry
     // a data stream.
     bool Prepare();
     // Reads `bytes` (a whole number of blocks) into the front of `area` and undoes the chain.
     bool ReadBlocks(std::span<std::uint8_t> area, std::size_t bytes);
-    // Reads up to `limit` whole chunks in order, asking the cancel flag before each block;
-    // `count` is the number read. Gives what stopped the reading early, FORMAT_OK for nothing.
-    FormatResult ReadBatch(std::size_t limit, std::size_t& count);
-    void InflateBatch(std::size_t count);
+    // The chunks the entry needs at least beyond those written and those in `inFlight`.
+    std::uint64_t ChunksStillNeeded(const Entry& entry, const Batch* inFlight) const;
+    // Reads up to `limit` whole chunks in order into the batch's slots, asking the cancel flag
+    // before each block; notes what stopped the reading early.
+    void ReadBatch(Batch& batch, std::uint64_t limit);
+    // Hands the batch to the workers, unless it is one chunk and the caller has nothing else to
+    // do: then the caller inflates it at once. FinishInflating waits for the workers.
+    void StartInflating(const Batch& batch, bool callerBusy);
+    void FinishInflating();
     // Writes the chunks in order, each followed by its progress; the cancel flag is asked
     // between them, where reading them one by one would have asked it.
-    FormatResult WriteBatch(Entry& entry, std::size_t count, bool skip);
+    FormatResult WriteBatch(Entry& entry, const Batch& batch, bool skip);
     void ReportProgress(std::uint64_t processed, std::uint32_t& lastPercent, bool onlyRises);
     std::span<std::uint8_t> InputArea(std::size_t slot);
     std::span<std::uint8_t> OutputArea(std::size_t slot);
@@ -79,7 +92,11 @@ private:
     std::optional<crypto::ChunkChain> chain_;
     ChunkCodecPool inflaters_;
     std::size_t capacity_ = 0;
-    std::unique_ptr<std::uint8_t[]> inputs_;
-    std::unique_ptr<std::uint8_t[]> outputs_;
+    Zelmarik::SecureVector<std::uint8_t> inputs_;
+    Zelmarik::SecureVector<std::uint8_t> outputs_;
     std::vector<Slot> slots_;
+    Batch batches_[2];
+    ChunkCodecPool::Job inflate_;  // inflates slot inflateFirst_ + index
+    std::size_t inflateFirst_ = 0;
+    bool inflating_ = false;
 };

@@ -39,9 +39,6 @@ bool DataStreamWriter::Prepare() {
         chunks_.resize(kBatchPieces * chunkCapacity_);
         slots_.resize(kBatchPieces);
     }
-    chain_->Restart();
-    sourceBegin_ = 0;
-    sourceEnd_ = 0;
     return true;
 }
 
@@ -91,9 +88,8 @@ void DataStreamWriter::ReportProgress(std::uint64_t processed) {
                          settings_.Context(CALLBACK_PROGRESS));
 }
 
-FormatResult DataStreamWriter::ReadBatch(Entry& entry, std::size_t& count) {
-    count = 0;
-    while (count < kBatchPieces && entry.next <= entry.wholePieces) {
+FormatResult DataStreamWriter::ReadPieces(Entry& entry) {
+    while (slotsUsed_ < kBatchPieces && entry.next <= entry.wholePieces) {
         const std::uint64_t i = entry.next++;
         const std::size_t length = i < entry.wholePieces
                                        ? pieceSize_
@@ -105,20 +101,26 @@ FormatResult DataStreamWriter::ReadBatch(Entry& entry, std::size_t& count) {
         if (length == 0) {
             break;  // a size at a multiple of the piece has no short last piece
         }
-        if (!ReadPiece(entry.source, PieceArea(count).first(length), entry.size - i * pieceSize_)) {
+        const std::size_t slot = slotsUsed_;
+        if (!ReadPiece(entry.source, PieceArea(slot).first(length), entry.size - i * pieceSize_)) {
             return FORMAT_SOURCE_OPEN_FAILED;
         }
         if (settings_.IsCancelled()) {
             return FORMAT_CANCELLED;
         }
-        slots_[count++].length = length;
+        slots_[slot].length = length;
+        ++slotsUsed_;
+        Item item;
+        item.slot = slot;
+        item.firstChunk = i == 0;
+        queue_.push_back(std::move(item));
     }
     return FORMAT_OK;
 }
 
-void DataStreamWriter::DeflateBatch(std::size_t count) {
+void DataStreamWriter::DeflateBatch() {
     const std::size_t blockSize = chain_->BlockSize();
-    deflaters_.ForEach(count, [this, blockSize](ChunkCodec& deflater, std::size_t index) {
+    deflaters_.ForEach(slotsUsed_, [this, blockSize](ChunkCodec& deflater, std::size_t index) {
         Slot& slot = slots_[index];
         slot.deflated =
             deflater.Run(PieceArea(index).first(slot.length),
@@ -126,19 +128,28 @@ void DataStreamWriter::DeflateBatch(std::size_t count) {
     });
 }
 
-FormatResult DataStreamWriter::WriteBatch(std::size_t count) {
-    const std::size_t blockSize = chain_->BlockSize();
-    for (std::size_t index = 0; index < count; ++index) {
-        const Slot& slot = slots_[index];
+FormatResult DataStreamWriter::WriteQueue() {
+    for (const Item& item : queue_) {
+        if (!item.slot) {
+            if (!target_.Write(item.record)) {
+                return FORMAT_WRITE_FAILED;
+            }
+            continue;
+        }
+        const Slot& slot = slots_[*item.slot];
         if (!slot.deflated) {
             return FORMAT_FAILED;
         }
+        const std::size_t blockSize = chain_->BlockSize();
         const auto stored =
             static_cast<std::size_t>(dcf::ChunkStoredSize(slot.compressed, blockSize));
-        const std::span<std::uint8_t> chunk = ChunkArea(index).first(stored);
+        const std::span<std::uint8_t> chunk = ChunkArea(*item.slot).first(stored);
         std::fill(chunk.begin() + static_cast<std::ptrdiff_t>(blockSize + slot.compressed),
                   chunk.end(), std::uint8_t{0});
         dcf::EncodeChunkLength(static_cast<std::uint32_t>(slot.compressed), chunk.first(blockSize));
+        if (item.firstChunk) {
+            chain_->Restart();
+        }
         chain_->EncryptBlocks(chunk);
         if (!target_.Write(chunk)) {
             return FORMAT_WRITE_FAILED;
@@ -147,27 +158,59 @@ FormatResult DataStreamWriter::WriteBatch(std::size_t count) {
     return FORMAT_OK;
 }
 
-FormatResult DataStreamWriter::WriteDataStream(platform::File& source, std::uint64_t size,
+void DataStreamWriter::DropQueue() {
+    queue_.clear();
+    slotsUsed_ = 0;
+}
+
+void DataStreamWriter::QueueRecord(std::vector<std::uint8_t> record) {
+    Item item;
+    item.record = std::move(record);
+    queue_.push_back(std::move(item));
+}
+
+FormatResult DataStreamWriter::Flush() {
+    FormatResult result = FORMAT_OK;
+    if (!queue_.empty()) {
+        if (slotsUsed_ > 0) {
+            DeflateBatch();
+        }
+        result = WriteQueue();
+    }
+    DropQueue();
+    return result;
+}
+
+FormatResult DataStreamWriter::QueueDataStream(platform::File& source, std::uint64_t size,
                                                std::uint64_t processed) {
     if (size == 0) {
         return FORMAT_OK;
     }
     if (!Prepare() || !dcf::PieceCountFits(size, chain_->BlockSize())) {
+        DropQueue();
         return FORMAT_FAILED;
     }
+    sourceBegin_ = 0;
+    sourceEnd_ = 0;
     const std::uint64_t wholePieces = size / pieceSize_;
     Entry entry{source, size, wholePieces, wholePieces / 100 + 1, processed};
-    while (entry.next <= entry.wholePieces) {
-        std::size_t count = 0;
-        const FormatResult read = ReadBatch(entry, count);
-        if (read != FORMAT_OK) {
-            return read;
+    for (;;) {
+        FormatResult result = ReadPieces(entry);
+        if (result == FORMAT_OK && slotsUsed_ == kBatchPieces) {
+            result = Flush();
         }
-        DeflateBatch(count);
-        const FormatResult written = WriteBatch(count);
-        if (written != FORMAT_OK) {
-            return written;
+        if (result != FORMAT_OK) {
+            DropQueue();
+            return result;
+        }
+        if (entry.next > entry.wholePieces) {
+            return FORMAT_OK;
         }
     }
-    return FORMAT_OK;
+}
+
+FormatResult DataStreamWriter::WriteDataStream(platform::File& source, std::uint64_t size,
+                                               std::uint64_t processed) {
+    const FormatResult queued = QueueDataStream(source, size, processed);
+    return queued != FORMAT_OK ? queued : Flush();
 }

@@ -101,8 +101,12 @@ private:
     FormatResult ReadFolderHeader();
     // The folders created and the files to extract; nothing when the block is short.
     std::optional<FormatResult> ReadNames(dcf::NameLists& names);
+    // The request's selection applied to the names: the names of the files under the target
+    // (empty for a file left out), and the folders to make.
+    std::vector<std::u16string> SelectEntries(dcf::NameLists& names) const;
     void CreateFolders(std::vector<std::u16string> folders);
-    EntryOutcome ExtractEntry(const std::u16string& name);
+    // `target` is the name under the target folder, empty when the entry is left out.
+    EntryOutcome ExtractEntry(const std::u16string& name, const std::u16string& targetName);
     // What to do at the entry's path `target`; nothing when the run ends with `result`.
     std::optional<Disposition> Decide(const std::u16string& target, const RelativeName& where,
                                       FormatResult& result);
@@ -112,6 +116,8 @@ private:
     // that to the end of the run.
     FormatResult WriteEntry(const RelativeName& where, platform::File& file,
                             std::u16string temporary, std::uint64_t size, bool replacesSource);
+    // Counts the entry of `size` bytes as read to its end.
+    void FinishEntry(std::uint64_t size);
     FormatResult RunDataStream(BufferedWriter* target, std::uint64_t size, bool skip);
     // Reads an entry's data stream to its end without writing it.
     EntryOutcome PassOver(std::uint64_t size);
@@ -142,6 +148,7 @@ private:
     platform::TargetTree tree_;
     std::optional<platform::FileIdentity> sourceIdentity_;
     std::optional<PendingReplacement> pending_;
+    std::uint64_t entryStart_ = 0;  // bytes remaining in the image where the entry began
 };
 
 FormatResult ArchiveBodyReader::SkipPreamble() {
@@ -219,15 +226,49 @@ std::optional<FormatResult> ArchiveBodyReader::ReadNames(dcf::NameLists& names) 
         return FORMAT_FAILED;
     }
     // Every name is judged before anything is written.
-    const auto safe = [](const std::u16string& name) { return IsSafeArchiveName(name); };
-    if (!std::all_of(lists->folders.begin(), lists->folders.end(), safe) ||
-        !std::all_of(lists->files.begin(), lists->files.end(), safe)) {
-        return FORMAT_FAILED;
+    for (const auto* list : {&lists->folders, &lists->files}) {
+        const auto unsafe = std::find_if_not(
+            list->begin(), list->end(), [](const auto& name) { return IsSafeArchiveName(name); });
+        if (unsafe != list->end()) {
+            report_.unsafeName = *unsafe;
+            return FORMAT_FAILED;
+        }
     }
     names = std::move(*lists);
     report_.namesRead = true;
     report_.folders = names.folders;
     return FORMAT_OK;
+}
+
+std::vector<std::u16string> ArchiveBodyReader::SelectEntries(dcf::NameLists& names) const {
+    if (!request_.selectEntry) {
+        return names.files;
+    }
+    // A rewritten name must be as safe as the stored ones.
+    const auto chosen = [this](std::u16string& name) {
+        return request_.selectEntry(name) && IsSafeArchiveName(name);
+    };
+    std::vector<std::u16string> folders;
+    for (std::u16string folder : names.folders) {
+        if (chosen(folder)) {
+            folders.push_back(std::move(folder));
+        }
+    }
+    std::vector<std::u16string> targets;
+    for (std::u16string file : names.files) {
+        if (!chosen(file)) {
+            file.clear();
+        }
+        for (std::size_t at = file.find(u'\\', 1); at != std::u16string::npos;
+             at = file.find(u'\\', at + 1)) {
+            folders.push_back(file.substr(0, at));
+        }
+        targets.push_back(std::move(file));
+    }
+    std::sort(folders.begin(), folders.end());
+    folders.erase(std::unique(folders.begin(), folders.end()), folders.end());
+    names.folders = std::move(folders);
+    return targets;
 }
 
 void ArchiveBodyReader::CreateFolders(std::vector<std::u16string> folders) {
@@ -295,7 +336,9 @@ FormatResult ArchiveBodyReader::WriteEntry(const RelativeName& where, platform::
     // the old file never receives a byte, and the old file stays until the new one is whole.
     FormatResult written = FORMAT_OK;
     {
-        BufferedWriter writer(file);
+        // No more buffer than the file needs: a small file pays for no large one.
+        BufferedWriter writer(
+            file, static_cast<std::size_t>(std::min<std::uint64_t>(size, kIoBufferSize)));
         written = RunDataStream(&writer, size, false);
     }
     file.Close();
@@ -332,20 +375,27 @@ FormatResult ArchiveBodyReader::RunDataStream(BufferedWriter* target, std::uint6
     }
 }
 
+void ArchiveBodyReader::FinishEntry(std::uint64_t size) {
+    processed_ += size;
+    ++report_.entriesDone;
+    report_.entries.back().packedSize = entryStart_ - source_.Remaining();
+}
+
 EntryOutcome ArchiveBodyReader::PassOver(std::uint64_t size) {
     const FormatResult read = RunDataStream(nullptr, size, true);
     if (read != FORMAT_OK) {
         return EndRunWith(read);
     }
-    processed_ += size;
-    ++report_.entriesDone;
+    FinishEntry(size);
     return kNextEntry;
 }
 
-EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
+EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name,
+                                             const std::u16string& targetName) {
     if (settings_.IsCancelled()) {
         return EndRunWith(FORMAT_CANCELLED);
     }
+    entryStart_ = source_.Remaining();
     std::array<std::uint8_t, dcf::kFileHeaderSize> record{};
     std::optional<dcf::FileHeader> header;
     if (source_.Read(record) && DecryptRegion(*keys_, record)) {
@@ -363,13 +413,13 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
         }
         Zelmarik::ReadCategoryBlock(tagBlock, categories);  // a damaged block tags nothing
     }
-    report_.entries.push_back({name, header->size, header->tagFlag != 0, categories});
-    if (!writeFiles_) {
-        return PassOver(header->size);
+    report_.entries.push_back({name, header->size, 0, header->tagFlag != 0, categories});
+    if (!writeFiles_ || targetName.empty()) {
+        return PassOver(header->size);  // proven, or left out
     }
 
-    std::u16string target = JoinArchiveName(targetRoot_, name);
-    const RelativeName where = SplitArchiveName(name);
+    std::u16string target = JoinArchiveName(targetRoot_, targetName);
+    const RelativeName where = SplitArchiveName(targetName);
     FormatResult ended = FORMAT_OK;
     const std::optional<Disposition> disposition = Decide(target, where, ended);
     if (!disposition) {
@@ -400,8 +450,7 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name) {
     if (written != FORMAT_OK) {
         return EndRunWith(written);
     }
-    processed_ += header->size;
-    ++report_.entriesDone;
+    FinishEntry(header->size);
 
     if (header->tagFlag != 0) {
         try {
@@ -459,6 +508,8 @@ FormatResult ArchiveBodyReader::Run() {
     if (*named != FORMAT_OK) {
         return *named;
     }
+    const std::vector<std::u16string> targets =
+        writeFiles_ ? SelectEntries(names) : std::vector<std::u16string>(names.files.size());
     if (writeFiles_) {
         // Nothing is written until the target opens; each file then fails with the reason.
         report_.targetError = tree_.Open(targetRoot_);
@@ -471,8 +522,8 @@ FormatResult ArchiveBodyReader::Run() {
     streams_.emplace(source_, *keys_, settings_, header_.totalSize);
 
     FormatResult failure = FORMAT_OK;
-    for (const auto& name : names.files) {
-        const EntryOutcome outcome = ExtractEntry(name);
+    for (std::size_t i = 0; i < names.files.size(); ++i) {
+        const EntryOutcome outcome = ExtractEntry(names.files[i], targets[i]);
         if (outcome.kind == EntryOutcome::EndRun) {
             DropPendingReplacement();
             return outcome.result;

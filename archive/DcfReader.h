@@ -17,6 +17,8 @@ class DCIFileFormatCallback;
 struct ArchiveEntryInfo {
     std::u16string name;  // as stored: a leading backslash, backslashes between components
     std::uint64_t size = 0;
+    // Bytes the entry takes in the image (header, tag block, data), once it was read to its end.
+    std::uint64_t packedSize = 0;
     bool tagged = false;
     Zelmarik::CCategoryContainer categories;
 };
@@ -41,6 +43,8 @@ struct ArchiveReport {
     std::uint64_t totalSize = 0;
     // False when the name block was cut short, which extraction takes as nothing to extract.
     bool namesRead = false;
+    // The first name refused because it could leave the target, when that ended the run.
+    std::u16string unsafeName;
     std::vector<std::u16string> folders;
     // Every entry whose header was read; the last one may be the one that failed.
     std::vector<ArchiveEntryInfo> entries;
@@ -65,7 +69,8 @@ FormatResult ReadArchiveBody(platform::File& stream, ArchiveExtractRequest& requ
                              DCIFileFormatCallback* callback, ArchiveReport& report);
 
 // Walks the image like ReadArchiveBody, with the same results, but writes nothing: each data
-// stream is decrypted and decompressed to prove it, and the entries go to `report`.
+// stream is decrypted and decompressed to prove it, and the entries go to `report`. The
+// request's selection plays no part.
 FormatResult InspectArchiveBody(platform::File& stream, ArchiveExtractRequest& request,
                                 DCCArchiveUserSettings& settings, ArchiveReport& report);
 

@@ -117,7 +117,8 @@ public:
 private:
     void CollectItems();
     FormatResult WriteHeaders();
-    FormatResult WriteEntry(FileRecord& record, DataStreamWriter& streams);
+    // Queues the entry's header, tag block and stream, and tells onFileDone.
+    FormatResult QueueEntry(FileRecord& record, DataStreamWriter& streams);
     bool WriteRegion(std::vector<std::uint8_t> region) {
         return EncryptRegion(*keys_, region) && target_.Write(region);
     }
@@ -200,7 +201,7 @@ FormatResult BodyWriter::WriteHeaders() {
     return WriteRegion(std::move(names)) ? FORMAT_OK : FORMAT_WRITE_FAILED;
 }
 
-FormatResult BodyWriter::WriteEntry(FileRecord& record, DataStreamWriter& streams) {
+FormatResult BodyWriter::QueueEntry(FileRecord& record, DataStreamWriter& streams) {
     const std::size_t rootEnd = NameStart(request_.rootPath);
     std::u16string sourcePath = JoinArchiveName(request_.rootPath.substr(0, rootEnd), record.name);
     if (settings_.onFileOpening != nullptr) {
@@ -221,17 +222,23 @@ FormatResult BodyWriter::WriteEntry(FileRecord& record, DataStreamWriter& stream
     }
     std::vector<std::uint8_t> fileHeader(dcf::kFileHeaderSize);
     dcf::EncodeFileHeader(record.header, std::span<std::uint8_t, dcf::kFileHeaderSize>(fileHeader));
-    if (!WriteRegion(std::move(fileHeader)) ||
-        (!tagBlock.empty() && !WriteRegion(std::move(tagBlock)))) {
+    if (!EncryptRegion(*keys_, fileHeader) ||
+        (!tagBlock.empty() && !EncryptRegion(*keys_, tagBlock))) {
         return FORMAT_WRITE_FAILED;
     }
+    streams.QueueRecord(std::move(fileHeader));
+    if (!tagBlock.empty()) {
+        streams.QueueRecord(std::move(tagBlock));
+    }
     if (source.IsOpen() && record.header.size != 0) {
-        const FormatResult result = streams.WriteDataStream(source, record.header.size, processed_);
+        const FormatResult result = streams.QueueDataStream(source, record.header.size, processed_);
         if (result != FORMAT_OK) {
             return result;
         }
     }
     source.Close();
+    // The file is done with: read whole and closed. Its chunks may still wait in the queue; a
+    // failure to write them fails the whole archive.
     if (settings_.onFileDone != nullptr) {
         settings_.onFileDone(&sourcePath, settings_.Context(CALLBACK_FILE_DONE));
     }
@@ -245,15 +252,21 @@ FormatResult BodyWriter::Write() {
     if (headers != FORMAT_OK) {
         return headers;
     }
+    // Entries go into the queue of the streams; each full batch of pieces is written with
+    // everything queued before it, and the rest at the end.
     DataStreamWriter streams(target_, *keys_, settings_, header_.totalSize, DefaultCodecWorkers());
     for (FileRecord& record : files_) {
         if (settings_.IsCancelled()) {
             break;
         }
-        const FormatResult result = WriteEntry(record, streams);
+        const FormatResult result = QueueEntry(record, streams);
         if (result != FORMAT_OK) {
             return result;
         }
+    }
+    const FormatResult flushed = streams.Flush();
+    if (flushed != FORMAT_OK) {
+        return flushed;
     }
     if (!target_.Flush()) {
         return FORMAT_WRITE_FAILED;

@@ -28,7 +28,10 @@ std::u16string DefaultStubPath() {
 DCCFileFormatSFX::DCCFileFormatSFX() : DCCFileFormatSFX(DefaultStubPath()) {}
 
 DCCFileFormatSFX::DCCFileFormatSFX(std::u16string stubPath)
-    : DCCFileFormatDCF(u"EXE", u".exe"), stubPath(std::move(stubPath)) {}
+    : DCCFileFormatSFX(std::move(stubPath), u".exe") {}
+
+DCCFileFormatSFX::DCCFileFormatSFX(std::u16string stubPath, std::u16string extension)
+    : DCCFileFormatDCF(u"EXE", std::move(extension)), stubPath(std::move(stubPath)) {}
 
 DCCFileFormatSFX::~DCCFileFormatSFX() = default;
 

@@ -11,6 +11,8 @@ public:
     // The stub is expected beside the running program under its default name.
     DCCFileFormatSFX();
     explicit DCCFileFormatSFX(std::u16string stubPath);
+    // For a stub that is no Windows program, whose files need no ".exe": `extension` empty.
+    DCCFileFormatSFX(std::u16string stubPath, std::u16string extension);
 
     bool IsFormatOf(std::u16string path) override;
     DCCFileFormat* CreateInstance(const std::u16string* stubPath) override;

@@ -1,14 +1,29 @@
 // The random pool: the fixed cost of sealing an archive (the master key area and the salt, each
-// with a forced slow poll), a plain request, and one mixing of the pool.
+// with a forced slow poll), a plain request, and one mixing of the pool; the first and the last
+// on the portable SHA-1 (argument 0) and on the SHA extensions (argument 1).
 #include <benchmark/benchmark.h>
 
 #include <array>
 #include <cstdint>
+#include <string>
 
+#include "crypto/CpuFeatures.h"
 #include "crypto/RandomPool.h"
 #include "crypto/random/PoolMixing.h"
 
 namespace {
+
+// Selects the SHA-1 path of the benchmark's argument; false when the processor lacks it.
+bool SelectSha1Path(benchmark::State& state) {
+    const bool extensions = state.range(0) != 0;
+    if (extensions && !crypto::CpuHasShaNi()) {
+        state.SkipWithError("no SHA extensions on this processor");
+        return false;
+    }
+    crypto::SetShaNiDisabled(!extensions);
+    state.SetLabel(std::string(crypto::Sha1PathName()));
+    return true;
+}
 
 // Start and stop stay outside the timing: the stop alone waits a poll interval.
 class RunningPool {
@@ -20,6 +35,9 @@ public:
 };
 
 void SealingRandomBytes(benchmark::State& state) {
+    if (!SelectSha1Path(state)) {
+        return;
+    }
     RunningPool pool;
     std::array<std::uint8_t, 256> masterKeyArea{};
     std::array<std::uint8_t, 64> salt{};
@@ -31,7 +49,7 @@ void SealingRandomBytes(benchmark::State& state) {
         benchmark::DoNotOptimize(salt.data());
     }
 }
-BENCHMARK(SealingRandomBytes)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(SealingRandomBytes)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void RequestWithoutSlowPoll(benchmark::State& state) {
     RunningPool pool;
@@ -47,6 +65,9 @@ void RequestWithoutSlowPoll(benchmark::State& state) {
 BENCHMARK(RequestWithoutSlowPoll)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void MixPool(benchmark::State& state) {
+    if (!SelectSha1Path(state)) {
+        return;
+    }
     std::array<std::uint8_t, crypto::random::kPoolBlockSize> pool{};
     for (auto _ : state) {
         crypto::random::MixPool(pool);
@@ -54,7 +75,7 @@ void MixPool(benchmark::State& state) {
     }
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
 }
-BENCHMARK(MixPool)->Unit(benchmark::kMicrosecond);
+BENCHMARK(MixPool)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 

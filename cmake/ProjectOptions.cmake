@@ -10,6 +10,26 @@ if(WIN32)
     target_link_options(dcf_options INTERFACE -static -static-libgcc -static-libstdc++)
 endif()
 
+# What a release ships: unused sections dropped, and neither a build path nor (on Windows) a link
+# time stamp in the binaries, so that two builds of one commit give the same bytes.
+set(dcf_release "$<CONFIG:Release,MinSizeRel>")
+target_compile_options(dcf_options INTERFACE
+    "$<${dcf_release}:-ffunction-sections;-fdata-sections>"
+    "$<${dcf_release}:-ffile-prefix-map=${CMAKE_BINARY_DIR}/=;-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=>")
+target_link_options(dcf_options INTERFACE "$<${dcf_release}:LINKER:--gc-sections>")
+if(WIN32)
+    target_link_options(dcf_options INTERFACE "$<${dcf_release}:LINKER:--no-insert-timestamp>")
+else()
+    # Debian's hardening: checked buffer functions, stack canaries, read-only relocations.
+    target_compile_options(dcf_options INTERFACE
+        "$<${dcf_release}:-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
+    target_link_options(dcf_options INTERFACE "$<${dcf_release}:LINKER:-z,relro;LINKER:-z,now>")
+endif()
+# A stub tree's Vomdrel is shipped as it is linked, so its digest is the installed one's.
+if(DCF_STUB_OUTPUT_DIR)
+    target_link_options(dcf_options INTERFACE LINKER:--strip-all)
+endif()
+
 # The fuzz targets need libFuzzer, which only clang has. The libraries then carry the fuzzer's
 # coverage instrumentation with the address and undefined-behaviour checks.
 if(DCF_BUILD_FUZZ)

@@ -42,6 +42,12 @@ int DeriveKey(PseudoRandomFunction prf, std::size_t hashLength,
 
 // One SHA-1 compression of a 64-byte block into five state words; no padding, no length.
 void Sha1Transform(std::span<std::uint32_t, 5> state, std::span<const std::uint8_t, 64> block);
+// Two independent compressions, as two calls of Sha1Transform would do them; the SHA extensions
+// overlap them.
+void Sha1TransformPair(std::span<std::uint32_t, 5> first,
+                       std::span<const std::uint8_t, 64> firstBlock,
+                       std::span<std::uint32_t, 5> second,
+                       std::span<const std::uint8_t, 64> secondBlock);
 
 // CRC-32, reflected polynomial 0xEDB88320. The standard form starts with all ones and inverts
 // its result ("123456789" gives 0xCBF43926); the plain form starts at `crc` (0 at first) and

@@ -5,6 +5,7 @@ list(APPEND CRYPTO_SOURCES
     hash/Hmac.cpp
     hash/KeyDerivation.cpp
     hash/Sha1.cpp
+    hash/Sha1Ni.cpp
     hash/Crc32.cpp
     aes/Aes.cpp
     aes/AesNi.cpp
@@ -20,10 +21,14 @@ list(APPEND CRYPTO_SOURCES
     suite/Region.cpp
     suite/ChunkChain.cpp)
 
-# Only the AES-NI file is built with the instructions it uses; the rest runs on any x86. The
-# 32-bit Windows ABI guarantees 4-byte stack alignment only, so that file realigns its stack.
+# Only the AES-NI and SHA extension files are built with the instructions they use; the rest runs
+# on any x86. The 32-bit Windows ABI guarantees 4-byte stack alignment only, so those files
+# realign their stack.
 set(DCF_AESNI_FLAGS -maes -mssse3)
+set(DCF_SHANI_FLAGS -msha -mssse3 -msse4.1)
 if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
     list(APPEND DCF_AESNI_FLAGS -mstackrealign)
+    list(APPEND DCF_SHANI_FLAGS -mstackrealign)
 endif()
 set_source_files_properties(aes/AesNi.cpp PROPERTIES COMPILE_OPTIONS "${DCF_AESNI_FLAGS}")
+set_source_files_properties(hash/Sha1Ni.cpp PROPERTIES COMPILE_OPTIONS "${DCF_SHANI_FLAGS}")

@@ -3,7 +3,7 @@
 #include "platform/Console.h"
 
 void WriteHelpText() {
-    for (const std::string_view piece : kHelpTextPieces) {
+    for (const std::string_view piece : HelpTextPieces()) {
         platform::WriteStandardOutput(piece);
     }
 }

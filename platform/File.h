@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "platform/ErrorCodes.h"
 
@@ -73,6 +74,11 @@ ErrorCode MoveFileReplacing(const std::u16string& from, const std::u16string& to
 ErrorCode CopyFileReplacing(const std::u16string& from, const std::u16string& to);
 // Creates one folder; kErrorAlreadyExists when something of that name is there.
 ErrorCode MakeDirectory(const std::u16string& path);
+// Removes a folder that is empty; one that holds anything stays (kErrorDirNotEmpty).
+ErrorCode RemoveEmptyDirectory(const std::u16string& path);
+// Creates a folder and the missing levels above it, and gives those it created, deepest first,
+// so that a caller can take them back. The first failure ends it.
+ErrorCode MakeDirectoryLevels(const std::u16string& path, std::vector<std::u16string>& created);
 // Creates a new empty file with a unique name "<prefix>XXXX.tmp" in `folder` and gives its path.
 ErrorCode CreateTempFile(const std::u16string& folder, const std::u16string& prefix,
                          std::u16string& path);

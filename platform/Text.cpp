@@ -109,4 +109,8 @@ std::u16string Utf8ToUtf16(std::string_view text) {
     return out;
 }
 
+bool IsWellFormedUtf8(std::string_view text) {
+    return Utf16ToUtf8(Utf8ToUtf16(text)) == text;
+}
+
 }  // namespace platform

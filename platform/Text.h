@@ -13,4 +13,7 @@ std::string Utf16ToUtf8(std::u16string_view text);
 // copy of a secret text is left in freed memory.
 std::u16string Utf8ToUtf16(std::string_view text);
 
+// True when `text` converts to UTF-16 and back unchanged: no byte of it would be replaced.
+bool IsWellFormedUtf8(std::string_view text);
+
 }  // namespace platform

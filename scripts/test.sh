@@ -1,12 +1,19 @@
 #!/usr/bin/env bash
-# Sets up, builds and runs every test: native, sanitizers, then the Windows build under Wine.
+# Sets up, builds and runs every test: native, sanitizers, fuzzing, the Windows builds under Wine
+# in both widths, then what ships: the stubs and the Debian package.
 # Exits non-zero on any failure.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
 jobs=$(nproc)
 
-step() { printf '\n=== %s ===\n' "$*"; }
+# Each step tells how long the one before it took, for the CI budget.
+step() {
+    [[ -n ${step_name:-} ]] && printf '=== %s: %d s ===\n' "$step_name" $((SECONDS - step_start))
+    step_name=$*
+    step_start=$SECONDS
+    printf '\n=== %s ===\n' "$*"
+}
 
 step "setup"
 scripts/setup.sh
@@ -39,12 +46,22 @@ for target in "${fuzz_targets[@]}"; do
         -artifact_prefix="$fuzz_work/$target-" "${corpora[@]}"
 done
 
-step "Windows x86_64 build and tests under Wine"
+# The dialog tests need a display; each Windows suite runs in the Wine prefix of its width.
+step "Windows x86_64 build and tests under 64-bit Wine"
 scripts/build.sh win64
-xvfb-run -a ctest --test-dir build-win64 --output-on-failure -j "$jobs"  # the dialog needs a display
+xvfb-run -a ctest --test-dir build-win64 --output-on-failure -j "$jobs"
 tests/e2e/stub-end-to-end.sh build/tools/dcf/dcf build-win64/frontend/Vomdrel.exe scripts/wine-run.sh
 
-step "Windows i686 build (compile and link)"
+step "Windows i686 build and tests under 32-bit Wine"
 scripts/build.sh win32
+xvfb-run -a ctest --test-dir build-win32 --output-on-failure -j "$jobs"
+
+step "release: the shipped stubs, their size budget and reproducibility, the Debian package"
+scripts/build.sh release
+ctest --test-dir build-release --output-on-failure
+tests/e2e/reproducible-stub.sh build-release
+rm -f build-release/dcf_*.deb
+(cd build-release && cpack -G DEB >/dev/null)
+tests/e2e/installed-package.sh build-release/dcf_*_amd64.deb
 
 step "all tests passed"

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "platform/SecureMemory.h"
-#include "platform/Text.h"
 
 namespace Zelmarik {
 
@@ -39,20 +38,19 @@ template <typename T>
 using SecureVector = std::vector<T, WipingAllocator<T>>;
 
 // A string whose heap buffer is wiped; its small-string buffer is wiped by the destructor too.
-// It takes text from plain strings, but gives it out only as a view.
-template <typename Char>
-class WipedText {
+// It takes text from plain strings, and gives it out as a view.
+class SecureU16String {
 public:
-    using View = std::basic_string_view<Char>;
-
-    WipedText() = default;
-    WipedText(View text) : text_(text) {}
-    WipedText(const Char* text) : text_(text) {}
-    WipedText(const std::basic_string<Char>& text) : text_(text.data(), text.size()) {}
-    WipedText(const WipedText&) = default;
-    WipedText& operator=(const WipedText&) = default;
-    WipedText(WipedText&& other) noexcept : text_(std::move(other.text_)) { other.Clear(); }
-    WipedText& operator=(WipedText&& other) noexcept {
+    SecureU16String() = default;
+    SecureU16String(std::u16string_view text) : text_(text) {}
+    SecureU16String(const char16_t* text) : text_(text) {}
+    SecureU16String(const std::u16string& text) : text_(text.data(), text.size()) {}
+    SecureU16String(const SecureU16String&) = default;
+    SecureU16String& operator=(const SecureU16String&) = default;
+    SecureU16String(SecureU16String&& other) noexcept : text_(std::move(other.text_)) {
+        other.Clear();
+    }
+    SecureU16String& operator=(SecureU16String&& other) noexcept {
         if (this != &other) {
             Clear();
             text_ = std::move(other.text_);
@@ -60,35 +58,23 @@ public:
         }
         return *this;
     }
-    ~WipedText() { Clear(); }
+    ~SecureU16String() { Clear(); }
 
-    View Text() const { return {text_.data(), text_.size()}; }
-    operator View() const { return Text(); }
+    std::u16string_view View() const { return {text_.data(), text_.size()}; }
+    operator std::u16string_view() const { return View(); }
     bool Empty() const { return text_.empty(); }
     std::size_t Size() const { return text_.size(); }
-    void Assign(View text) {
+    void Assign(std::u16string_view text) {
         Clear();
         text_.assign(text.begin(), text.end());
     }
     void Clear() {
-        platform::SecureWipe(text_.data(), text_.capacity() * sizeof(Char));
+        platform::SecureWipe(text_.data(), text_.capacity() * sizeof(char16_t));
         text_.clear();
     }
-    bool operator==(const WipedText& other) const { return Text() == other.Text(); }
 
 private:
-    std::basic_string<Char, std::char_traits<Char>, WipingAllocator<Char>> text_;
+    std::basic_string<char16_t, std::char_traits<char16_t>, WipingAllocator<char16_t>> text_;
 };
-
-using SecureU16String = WipedText<char16_t>;
-using SecureString = WipedText<char>;
-
-// UTF-8 to UTF-16 with no copy of the text left behind.
-inline SecureU16String SecureUtf16FromUtf8(std::string_view utf8) {
-    std::u16string wide = platform::Utf8ToUtf16(utf8);  // sized once: it never moved
-    SecureU16String secure(wide);
-    platform::SecureWipe(wide.data(), wide.capacity() * sizeof(char16_t));
-    return secure;
-}
 
 }  // namespace Zelmarik

@@ -1,5 +1,6 @@
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -29,6 +30,8 @@ struct ProcessPool {
     std::unique_ptr<PoolState> pool;
     std::unique_ptr<platform::EntropySources> sources;
     std::uint32_t stopRequest = 0;
+    // Wakes the poll thread for a stop, so that a stop takes no poll interval.
+    std::condition_variable_any stopRequested;
     std::thread pollThread;
     random::CarriedPoolState carried;
     random::MouseEventFilter mouseFilter;
@@ -60,22 +63,16 @@ void OnMouseEvent(const platform::MouseEvent& event, std::uint32_t ticks) {
 }
 
 void PollLoop(ProcessPool& process) {
+    std::unique_lock lock(*process.poolLock);
     for (;;) {
-        {
-            std::lock_guard guard(*process.poolLock);
-            if (process.stopRequest == 1) {
-                process.stopRequest = 0;
-                return;
-            }
-            process.pool->FastPoll(*process.sources);
+        if (process.stopRequest == 1) {
+            process.stopRequest = 0;
+            return;
         }
-        std::this_thread::sleep_for(kPollInterval);
+        process.pool->FastPoll(*process.sources);
+        process.stopRequested.wait_for(lock, kPollInterval,
+                                       [&process] { return process.stopRequest == 1; });
     }
-}
-
-bool StopRequestPending(ProcessPool& process) {
-    std::lock_guard guard(*process.poolLock);
-    return process.stopRequest != 0;
 }
 
 }  // namespace
@@ -129,11 +126,9 @@ void RandomStop() {
         platform::RemoveInputHooks();
         process.stopRequest = 1;
     }
-    // Only a started poll thread answers the request.
+    process.stopRequested.notify_all();
+    // Only a started poll thread answers the request; it ends when it has.
     if (process.pollThread.joinable()) {
-        do {
-            std::this_thread::sleep_for(kPollInterval);
-        } while (StopRequestPending(process));
         process.pollThread.join();
     }
     process.pool.reset();

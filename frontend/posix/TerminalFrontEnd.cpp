@@ -1,9 +1,9 @@
 #include "frontend/posix/TerminalFrontEnd.h"
 
 #include <chrono>
+#include <optional>
 #include <thread>
 
-#include "Common/Common/SecureBuffer.h"
 #include "archive/FileFormatSFX.h"
 #include "frontend/ExtractionChoices.h"
 #include "frontend/ExtractionDriver.h"
@@ -11,49 +11,26 @@
 #include "frontend/HelpText.h"
 #include "frontend/InteractiveFrontEnd.h"
 #include "frontend/LocalizedStrings.h"
-#include "platform/Console.h"
+#include "platform/File.h"
 #include "platform/Module.h"
-#include "platform/Terminal.h"
+#include "platform/SecureMemory.h"
 #include "platform/Text.h"
 
 namespace {
 
 void Print(std::u16string_view text) {
-    platform::WriteStandardOutput(platform::Utf16ToUtf8(text));
-}
-void Print(std::string_view text) {
-    platform::WriteStandardOutput(text);
+    platform::WriteTerminal(platform::Utf16ToUtf8(text));
 }
 
-// The end of a prompt that the user ended or left with Ctrl-C.
-bool Abandoned() {
-    platform::TakeInterrupt();
-    Print("\n");
-    return false;
-}
-
-// Asks one question; false when the user ended the input or pressed Ctrl-C.
-bool Prompt(std::string_view question, std::u16string& answer) {
-    Print(question);
-    std::string line;
-    if (!platform::ReadTerminalLine(line, true)) {
-        return Abandoned();
+// A path typed on the terminal, with Tab completion and "~" for the home folder; nothing when the
+// user ended the input or pressed Ctrl-C.
+std::optional<std::u16string> AskPath(std::string_view prompt) {
+    const std::optional<std::string> typed =
+        terminal::AskLine(prompt, platform::LineEditing::Paths);
+    if (!typed) {
+        return std::nullopt;
     }
-    answer = platform::Utf8ToUtf16(line);
-    return true;
-}
-
-// Asks for a secret without echo, into wiping memory only; the longest line taken is a
-// kilobyte, more than any password the archive can hold.
-bool PromptSecret(std::string_view question, Zelmarik::SecureU16String& answer) {
-    Print(question);
-    Zelmarik::SecureVector<char> line(1024);
-    std::size_t length = 0;
-    if (!platform::ReadSecretLine(line, length)) {
-        return Abandoned();
-    }
-    answer = Zelmarik::SecureUtf16FromUtf8(std::string_view(line.data(), length));
-    return true;
+    return platform::Utf8ToUtf16(platform::ExpandHomeFolder(*typed));
 }
 
 }  // namespace
@@ -63,39 +40,60 @@ void RunInteractiveFrontEnd() {
         WriteHelpText();  // no one to ask: show how the stub is used
         return;
     }
+    const std::u16string self = platform::ModulePath();
+    if (!HoldsArchive(self)) {
+        Print(platform::Utf8ToUtf16(
+            "This program carries no archive: " + platform::Utf16ToUtf8(self) +
+            " is the bare extraction stub, or its archive was cut off. There is nothing to "
+            "extract.\n"));
+        return;
+    }
     CTerminalFrontEnd frontEnd;
     frontEnd.Run();
 }
+
+CTerminalFrontEnd::CTerminalFrontEnd() : progress_(true, std::chrono::milliseconds(0)) {}
 
 void CTerminalFrontEnd::Run() {
     platform::CatchInterrupts();
     target_ = GetModuleDirectory();
     CurrentView.store(this);
-    Print("Extract archive\n");
+    Print(u"Extract archive\n");
     while (!ended_ && AskForExtraction()) {
         RunWorker();
     }
     CurrentView.store(nullptr);
+    if (ended_ && result_ != FORMAT_OK) {
+        RemoveFoldersLeftEmpty();
+    }
 }
 
 bool CTerminalFrontEnd::AskForExtraction() {
     for (;;) {
-        std::u16string target;
-        if (!Prompt("Extract to [" + platform::Utf16ToUtf8(target_) + "]: ", target)) {
+        const std::optional<std::u16string> target =
+            AskPath("Extract to [" + platform::Utf16ToUtf8(target_) + "]: ");
+        if (!target) {
             return false;
         }
-        if (!target.empty()) {
-            target_ = target;
+        if (!target->empty()) {
+            target_ = *target;
         }
-        std::u16string keyPath;
+        const std::optional<std::u16string> keyPath =
+            AskPath("Private key (empty for a password): ");
+        if (!keyPath) {
+            return false;
+        }
         Zelmarik::SecureU16String password;
-        if (!Prompt("Private key (empty for a password): ", keyPath)) {
-            return false;
+        if (keyPath->empty()) {
+            std::optional<Zelmarik::SecureU16String> typed = terminal::AskSecret("Password: ");
+            if (!typed) {
+                return false;
+            }
+            password = std::move(*typed);
         }
-        if (keyPath.empty() && !PromptSecret("Password: ", password)) {
-            return false;
-        }
-        const CredentialsOutcome outcome = AcceptCredentials(keyPath, password);
+        std::u16string given(password.View());
+        const CredentialsOutcome outcome = AcceptCredentials(*keyPath, given);
+        platform::SecureWipe(given.data(), given.capacity() * sizeof(char16_t));
         if (outcome == CredentialsOutcome::Accepted) {
             ExtractionParameters.targetPath = ArchiveTargetFolder(target_, platform::ModulePath());
             return true;
@@ -108,6 +106,11 @@ bool CTerminalFrontEnd::AskForExtraction() {
 }
 
 void CTerminalFrontEnd::RunWorker() {
+    // Made here rather than by the driver, to know what a failed run is to take back; a folder
+    // that can't be made fails the run as it would there.
+    std::vector<std::u16string> created;
+    platform::MakeDirectoryLevels(ExtractionParameters.targetPath, created);
+    createdFolders_.insert(createdFolders_.end(), created.begin(), created.end());
     {
         const std::lock_guard hold(lock_);
         running_ = true;
@@ -123,79 +126,70 @@ void CTerminalFrontEnd::RunWorker() {
     std::unique_lock hold(lock_);
     while (running_) {
         workerDone_.wait_for(hold, std::chrono::milliseconds(50));
-        if (platform::TakeInterrupt() && !CancelCurrentExtraction()) {
-            ended_ = true;  // Ctrl-C before the archive code started: the front end ends
+        if (platform::TakeInterrupt()) {
+            progress_.Interrupted();
+            if (!CancelCurrentExtraction()) {
+                ended_ = true;  // Ctrl-C before the archive code started: the front end ends
+            }
         }
     }
     hold.unlock();
     worker.join();
 }
 
+void CTerminalFrontEnd::RemoveFoldersLeftEmpty() const {
+    for (const std::u16string& folder : createdFolders_) {
+        platform::RemoveEmptyDirectory(folder);  // one that holds anything stays
+    }
+}
+
 void CTerminalFrontEnd::ShowProgress(std::uint32_t percent) {
     const std::lock_guard hold(lock_);
     percent_ = percent;
-    DrawProgressLine();
+    progress_.Update(percent_, 0, status_);
 }
 
 void CTerminalFrontEnd::ShowStatus(const std::u16string& text) {
     const std::lock_guard hold(lock_);
     status_ = text;
-    DrawProgressLine();
-}
-
-void CTerminalFrontEnd::DrawProgressLine() {
-    constexpr int kBarWidth = 20;
-    const int filled = static_cast<int>(percent_ > 100 ? 100 : percent_) * kBarWidth / 100;
-    std::string line = "\r[" + std::string(static_cast<std::size_t>(filled), '#') +
-                       std::string(static_cast<std::size_t>(kBarWidth - filled), '.') + "] " +
-                       std::to_string(percent_) + "%  ";
-    const std::size_t room = static_cast<std::size_t>(platform::TerminalColumns()) - 1;
-    std::u16string status = status_;
-    if (line.size() + status.size() > room && room > line.size() + 3) {
-        // Keep the end of a long path, where the file name stands.
-        status = u"..." + status.substr(status.size() - (room - line.size() - 3));
-    }
-    line += platform::Utf16ToUtf8(status);
-    line += "\x1b[K";  // clear what a longer line left
-    Print(line);
+    progress_.Update(percent_, 0, status_);
 }
 
 void CTerminalFrontEnd::ShowError(const std::u16string& text, const std::u16string& caption) {
     const std::lock_guard hold(lock_);
-    Print(u"\n" + caption + u": " + text + u"\n");
+    progress_.Finish();
+    Print(caption + u": " + text + u"\n");
 }
 
 ReplaceAnswer CTerminalFrontEnd::AskReplace(const std::u16string& text,
                                             const std::u16string& caption) {
-    std::lock_guard hold(lock_);
-    for (;;) {
-        Print(u"\n" + caption + u": " + text + u"\n[y]es, [n]o, [c]ancel? ");
-        std::string answer;
-        if (!platform::ReadTerminalLine(answer, true)) {
-            return ReplaceAnswer::Cancel;
-        }
-        if (answer == "y" || answer == "Y" || answer == "yes") {
-            return ReplaceAnswer::Yes;
-        }
-        if (answer == "n" || answer == "N" || answer == "no") {
-            return ReplaceAnswer::No;
-        }
-        if (answer == "c" || answer == "C" || answer == "cancel") {
-            return ReplaceAnswer::Cancel;
-        }
+    const std::lock_guard hold(lock_);
+    progress_.Finish();
+    static constexpr std::string_view kChoices[] = {"yes", "no", "cancel"};
+    const std::optional<std::size_t> choice =
+        terminal::AskChoice(platform::Utf16ToUtf8(caption + u": " + text + u"\n"), kChoices);
+    if (!choice || *choice == 2) {
+        return ReplaceAnswer::Cancel;
     }
+    return *choice == 0 ? ReplaceAnswer::Yes : ReplaceAnswer::No;
 }
 
 void CTerminalFrontEnd::SetControlsBusy(bool enabled, bool) {
     if (enabled) {
         const std::lock_guard hold(lock_);
-        Print("Try again, or press Ctrl-C to give up.\n");
+        Print(u"Try again, or press Ctrl-C to give up.\n");
     }
 }
 
 void CTerminalFrontEnd::EndView(FormatResult result) {
     const std::lock_guard hold(lock_);
     ended_ = true;
-    Print(result == FORMAT_OK ? "\nExtraction has successfully finished\n"
-                              : "\nExtraction has failed\n");
+    result_ = result;
+    progress_.Finish();
+    if (result == FORMAT_OK) {
+        Print(u"Extraction has successfully finished\n");
+    } else {
+        Print(u"Extraction has failed: " + platform::Utf8ToUtf16(DescribeFormatResult(result)) +
+              u"\n");
+    }
 }

@@ -256,6 +256,11 @@ ErrorCode MakeDirectory(const std::u16string& path) {
     return ::mkdir(native.c_str(), 0777) == 0 ? kErrorSuccess : PathError(native);
 }
 
+ErrorCode RemoveEmptyDirectory(const std::u16string& path) {
+    const std::string native = Native(path);
+    return ::rmdir(native.c_str()) == 0 ? kErrorSuccess : PathError(native);
+}
+
 ErrorCode CreateTempFile(const std::u16string& folder, const std::u16string& prefix,
                          std::u16string& path) {
     std::u16string base = folder;

@@ -1,16 +1,19 @@
 #include "platform/Terminal.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/ioctl.h>
-#include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <optional>
+
+#include "platform/posix/TerminalDevice.h"
 
 namespace platform {
+namespace posix {
 namespace {
 
 // Ctrl-C presses counted by the handler, and how many of them TakeInterrupt has handed out.
@@ -28,134 +31,204 @@ void NoteInterrupt(int) {
     }
 }
 
-// Waits until standard input has something to read; false when Ctrl-C was pressed after
-// `seen` presses, whichever thread the signal reached.
-bool WaitForInput(unsigned seen) {
-    for (;;) {
-        if (interrupts.load() != seen) {
-            return false;
+TerminalDevice OpenTerminal() {
+    const int fd = ::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (fd >= 0) {
+        return {fd, fd, true};
+    }
+    return {STDIN_FILENO, STDERR_FILENO, false};
+}
+
+}  // namespace
+
+const TerminalDevice& Terminal() {
+    static const TerminalDevice device = OpenTerminal();
+    return device;
+}
+
+void WriteAll(int fd, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t n = ::write(fd, text.data(), text.size());
+        if (n < 0 && errno == EINTR) {
+            continue;
         }
-        pollfd input{STDIN_FILENO, POLLIN, 0};
-        const int ready = ::poll(&input, 1, 100);
-        if (ready > 0) {
-            return true;
+        if (n <= 0) {
+            return;  // a terminal that went away takes nothing more
         }
-        if (ready < 0 && errno != EINTR) {
-            return true;  // let the read report the failure
-        }
+        text.remove_prefix(static_cast<std::size_t>(n));
     }
 }
 
-// Switches terminal echo off for its lifetime. Input typed ahead is kept, not flushed.
-class EchoOff {
-public:
-    EchoOff() {
-        if (::tcgetattr(STDIN_FILENO, &saved_) == 0) {
-            termios quiet = saved_;
-            quiet.c_lflag &= static_cast<tcflag_t>(~ECHO);
-            active_ = ::tcsetattr(STDIN_FILENO, TCSANOW, &quiet) == 0;
-        }
-    }
-    ~EchoOff() {
-        if (active_) {
-            ::tcsetattr(STDIN_FILENO, TCSANOW, &saved_);
-            const char newline = '\n';
-            [[maybe_unused]] const ssize_t n = ::write(STDOUT_FILENO, &newline, 1);
-        }
-    }
-    EchoOff(const EchoOff&) = delete;
-    EchoOff& operator=(const EchoOff&) = delete;
+unsigned InterruptsSeen() {
+    // Presses not yet taken count too: Ctrl-C between a prompt and the read ends it as well.
+    return interruptsTaken.load();
+}
 
-private:
-    termios saved_{};
-    bool active_ = false;
-};
+Input ReadInputByte(unsigned seen, char& byte) {
+    const int fd = Terminal().input;
+    for (;;) {
+        if (interrupts.load() != seen) {
+            return Input::Interrupted;
+        }
+        pollfd ready{fd, POLLIN, 0};
+        const int polled = ::poll(&ready, 1, 100);
+        if (polled < 0 && errno != EINTR) {
+            return Input::End;
+        }
+        if (polled <= 0) {
+            continue;  // another look at the interrupts
+        }
+        const ssize_t n = ::read(fd, &byte, 1);
+        if (interrupts.load() != seen) {
+            return Input::Interrupted;  // Ctrl-C came with the input: it wins
+        }
+        if (n == 1) {
+            return Input::Byte;
+        }
+        if (n < 0 && errno == EINTR) {
+            continue;
+        }
+        return Input::End;
+    }
+}
 
-}  // namespace
+TerminalModes::TerminalModes(tcflag_t clear) {
+    const int fd = Terminal().input;
+    if (::tcgetattr(fd, &saved_) == 0) {
+        termios changed = saved_;
+        changed.c_lflag &= ~clear;
+        changed.c_cc[VMIN] = 1;
+        changed.c_cc[VTIME] = 0;
+        active_ = ::tcsetattr(fd, TCSANOW, &changed) == 0;
+    }
+}
+
+TerminalModes::~TerminalModes() {
+    if (active_) {
+        ::tcsetattr(Terminal().input, TCSANOW, &saved_);
+    }
+}
+
+}  // namespace posix
 
 bool IsInteractiveTerminal() {
     return ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
 }
 
-namespace {
+bool HasTerminal() {
+    return posix::Terminal().controlling;
+}
 
-// Reads a line from standard input a byte at a time, handing each byte but the line end to
-// `keep`; the line end goes, and a CR before it. False at the end of input with nothing read,
-// or at Ctrl-C.
-template <typename Keep>
-bool ReadLine(bool echo, Keep keep) {
-    std::optional<EchoOff> quiet;
-    if (!echo) {
-        quiet.emplace();
+bool StandardErrorIsTerminal() {
+    return ::isatty(STDERR_FILENO);
+}
+
+void WriteTerminal(std::string_view text) {
+    posix::WriteAll(posix::Terminal().output, text);
+}
+
+bool ReadTerminalLine(std::string_view prompt, std::string& line, LineEditing editing) {
+    line.clear();
+    const unsigned seen = posix::InterruptsSeen();
+    if (editing == LineEditing::Paths) {
+        return posix::EditPathLine(prompt, line, seen);
     }
-    // Presses not yet taken count too: Ctrl-C between a prompt and this read ends it as well.
-    const unsigned seen = interruptsTaken.load();
-    bool any = false;
-    char pending = 0;  // a CR, held back until we know whether a line end follows
+    WriteTerminal(prompt);
     for (;;) {
-        if (!WaitForInput(seen)) {
-            return false;  // Ctrl-C: the caller takes the interrupt
+        char byte = 0;
+        const posix::Input input = posix::ReadInputByte(seen, byte);
+        if (input != posix::Input::Byte) {
+            WriteTerminal("\n");  // past the "^C", or the line that the end of input left open
+            return input == posix::Input::End && !line.empty();
         }
-        char c = 0;
-        const ssize_t n = ::read(STDIN_FILENO, &c, 1);
-        if (n < 0 && errno == EINTR) {
-            continue;  // WaitForInput tells whether it was Ctrl-C
-        }
-        if (n <= 0) {
-            return any;
-        }
-        any = true;
-        if (c == '\n') {
+        if (byte == '\n') {
+            if (!line.empty() && line.back() == '\r') {
+                line.pop_back();
+            }
             return true;
         }
-        if (pending != 0) {
-            keep(pending);
-            pending = 0;
-        }
-        if (c == '\r') {
-            pending = c;
-        } else {
-            keep(c);
-        }
+        line.push_back(byte);
     }
 }
 
-}  // namespace
-
-bool ReadTerminalLine(std::string& line, bool echo) {
-    line.clear();
-    return ReadLine(echo, [&line](char c) { line.push_back(c); });
+std::optional<std::size_t> ReadTerminalSecret(std::string_view prompt, std::span<char> buffer) {
+    if (!HasTerminal()) {
+        return std::nullopt;
+    }
+    const unsigned seen = posix::InterruptsSeen();
+    const posix::TerminalModes quiet(ECHO);
+    WriteTerminal(prompt);
+    std::size_t length = 0;  // bytes typed; those beyond the buffer are counted, not kept
+    for (;;) {
+        char byte = 0;
+        const posix::Input input = posix::ReadInputByte(seen, byte);
+        if (input == posix::Input::Byte && byte != '\n') {
+            if (length < buffer.size()) {
+                buffer[length] = byte;
+            }
+            ++length;
+            byte = 0;
+            continue;
+        }
+        WriteTerminal("\n");  // the Enter that was not echoed, or past the Ctrl-C
+        if (input == posix::Input::Interrupted || (input == posix::Input::End && length == 0)) {
+            return std::nullopt;
+        }
+        if (length > 0 && length <= buffer.size() && buffer[length - 1] == '\r') {
+            buffer[--length] = 0;
+        }
+        return std::min(length, buffer.size() + 1);
+    }
 }
 
-bool ReadSecretLine(std::span<char> line, std::size_t& length) {
-    length = 0;
-    return ReadLine(false, [&](char c) {
-        if (length < line.size()) {
-            line[length++] = c;
+std::optional<std::size_t> ReadInputSecret(std::span<char> buffer) {
+    std::size_t length = 0;  // bytes read; those beyond the buffer are counted, not kept
+    bool any = false;
+    for (;;) {
+        char byte = 0;
+        const ssize_t n = ::read(STDIN_FILENO, &byte, 1);
+        if (n < 0 && errno == EINTR) {
+            continue;
         }
-    });
+        if (n <= 0 || byte == '\n') {
+            if (n <= 0 && !any) {
+                return std::nullopt;
+            }
+            if (length > 0 && length <= buffer.size() && buffer[length - 1] == '\r') {
+                buffer[--length] = 0;
+            }
+            return std::min(length, buffer.size() + 1);
+        }
+        any = true;
+        if (length < buffer.size()) {
+            buffer[length] = byte;
+        }
+        ++length;
+    }
 }
 
 void CatchInterrupts(std::atomic<std::uint8_t>* cancel) {
-    cancelFlag.store(cancel);
+    posix::cancelFlag.store(cancel);
     struct sigaction action {};
-    action.sa_handler = NoteInterrupt;
+    action.sa_handler = posix::NoteInterrupt;
     sigemptyset(&action.sa_mask);
-    action.sa_flags = 0;  // no SA_RESTART: a prompt's read returns at once
+    action.sa_flags = 0;  // no SA_RESTART: a question's read returns at once
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         ::sigaction(signal, &action, nullptr);
     }
 }
 
 bool TakeInterrupt() {
-    const unsigned now = interrupts.load();
-    return interruptsTaken.exchange(now) != now;
+    const unsigned now = posix::interrupts.load();
+    return posix::interruptsTaken.exchange(now) != now;
 }
 
 int TerminalColumns() {
     winsize size{};
-    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
-        return size.ws_col;
+    for (const int fd : {STDERR_FILENO, posix::Terminal().output}) {
+        if (::ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+            return size.ws_col;
+        }
     }
     return 80;
 }

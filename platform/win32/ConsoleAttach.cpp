@@ -2,7 +2,6 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <iostream>
 
 #include "platform/Console.h"
 
@@ -24,27 +23,22 @@ bool IsConnected(std::FILE* stream) {
 }
 
 // Binds standard output, error and input to the console unless they are already connected,
-// keeping a redirection that the caller set up.
+// keeping a redirection that the caller set up. Only the C streams are bound: the programs write
+// through them, and linking the C++ streams would carry their locale machinery into the stub.
 void BindConsoleStreams() {
     struct Binding {
         std::FILE* stream;
         const char* device;
         const char* mode;
-        std::ios* narrow;
-        std::wios* wide;
     };
     const Binding bindings[] = {
-        {stdout, "CONOUT$", "w", &std::cout, &std::wcout},
-        {stderr, "CONOUT$", "w", &std::cerr, &std::wcerr},
-        {stdin, "CONIN$", "r", &std::cin, &std::wcin},
+        {stdout, "CONOUT$", "w"},
+        {stderr, "CONOUT$", "w"},
+        {stdin, "CONIN$", "r"},
     };
     for (const Binding& binding : bindings) {
-        if (IsConnected(binding.stream)) {
-            continue;
-        }
-        if (std::freopen(binding.device, binding.mode, binding.stream) != nullptr) {
-            binding.narrow->clear();
-            binding.wide->clear();
+        if (!IsConnected(binding.stream)) {
+            std::freopen(binding.device, binding.mode, binding.stream);
         }
     }
 }

@@ -188,6 +188,10 @@ ErrorCode MakeDirectory(const std::u16string& path) {
     return ::CreateDirectoryW(Wide(path), nullptr) ? kErrorSuccess : ::GetLastError();
 }
 
+ErrorCode RemoveEmptyDirectory(const std::u16string& path) {
+    return ::RemoveDirectoryW(Wide(path)) ? kErrorSuccess : ::GetLastError();
+}
+
 ErrorCode CreateTempFile(const std::u16string& folder, const std::u16string& prefix,
                          std::u16string& path) {
     std::vector<wchar_t> buffer(MAX_PATH + 1);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "platform/TreeHandles.h"
@@ -167,6 +168,25 @@ ErrorCode CreateNewFile(Handle folder, const std::u16string& name, Handle& file)
     return error;
 }
 
+// The rename by the folder's present path, for a system whose native call refuses a name
+// relative to a folder handle (32-bit Wine). The folder stays open, so it can't be removed, but
+// a link put in place of one above it would be followed by this rename alone (none can be put
+// in place of a folder of the open branch: they are held without sharing their deletion).
+ErrorCode RenameByFolderPath(Handle folder, const std::u16string& from, const std::u16string& to) {
+    std::vector<wchar_t> path(kLongestName + 1);
+    const DWORD length = ::GetFinalPathNameByHandleW(Native(folder), path.data(),
+                                                     static_cast<DWORD>(path.size()), 0);
+    if (length == 0 || length >= path.size()) {
+        return length == 0 ? ::GetLastError() : kErrorFilenameExcedRange;
+    }
+    const std::wstring base(path.data(), length);
+    const std::wstring source = base + L"\\" + std::wstring(from.begin(), from.end());
+    const std::wstring target = base + L"\\" + std::wstring(to.begin(), to.end());
+    return ::MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING)
+               ? kErrorSuccess
+               : ::GetLastError();
+}
+
 ErrorCode Rename(Handle folder, const std::u16string& from, const std::u16string& to) {
     HANDLE opened = INVALID_HANDLE_VALUE;
     if (const ErrorCode error = OpenForRemoval(folder, from, opened); error != kErrorSuccess) {
@@ -185,6 +205,9 @@ ErrorCode Rename(Handle folder, const std::u16string& from, const std::u16string
     const NTSTATUS result = ::NtSetInformationFile(
         opened, &status, info, static_cast<ULONG>(buffer.size()), FileRenameInformation);
     ::CloseHandle(opened);
+    if (result == STATUS_INVALID_PARAMETER) {
+        return RenameByFolderPath(folder, from, to);
+    }
     return NT_SUCCESS(result) ? kErrorSuccess : ::RtlNtStatusToDosError(result);
 }
 

@@ -98,13 +98,4 @@ TEST(ArchiveUserSettings, DefaultsCancelFlagAndContexts) {
     EXPECT_EQ(settings.onFileWriting, nullptr);
 }
 
-TEST(ArchiveExtractRequest, HoldsItsOwnCopyOfTheKey) {
-    Zelmarik::DCCSecurityKey key;
-    key.SetPublicKeyText(std::string(1024, 'a'));
-    ArchiveExtractRequest request;
-    request.securityKey = key;
-    request.securityKey.PublicKeyText[0] = 'b';
-    EXPECT_EQ(key.PublicKeyText[0], 'a');
-}
-
 }  // namespace

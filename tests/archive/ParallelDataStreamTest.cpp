@@ -1,7 +1,9 @@
-// The data stream writer and reader with one, two and three zlib workers: the writer's bytes are
-// those of chunks made one by one and read back; progress, cancellation and failures come as
-// with one worker; a batch of the reader never reaches into the next entry.
+// The data stream writer and reader with one, two and three codec workers: the writer's bytes do
+// not depend on the workers, zlib inflates every chunk and the reader reads them back; progress,
+// cancellation and failures come as with one worker; a batch of the reader never reaches into
+// the next entry.
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <filesystem>
 #include <fstream>
@@ -11,6 +13,8 @@
 #include "archive/BufferedIo.h"
 #include "archive/DataStream.h"
 #include "archive/DataStreamWriter.h"
+#include "archive/DcfRecords.h"
+#include "crypto/ChunkChain.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
 #include "tests/archive/ReaderFixture.h"
@@ -39,6 +43,41 @@ Bytes Content(std::size_t size, std::uint32_t seed) {
 Bytes ReadAll(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
     return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+// The entries of `sizes` in `streams`, each chunk undone from the chain and inflated by zlib's
+// own uncompress, as any zlib would read them.
+std::vector<Bytes> InflateWithZlib(const Bytes& streams, const std::vector<std::size_t>& sizes,
+                                   const KeyContext& keys) {
+    auto chain = *crypto::ChunkChain::Create(keys.SuiteId, keys.KeySchedule, keys.IvArea);
+    const std::size_t block = chain.BlockSize();
+    std::size_t position = 0;
+    const auto take = [&](std::size_t length) {
+        EXPECT_LE(position + length, streams.size());
+        length = std::min(length, streams.size() - position);
+        Bytes bytes(streams.begin() + static_cast<std::ptrdiff_t>(position),
+                    streams.begin() + static_cast<std::ptrdiff_t>(position + length));
+        position += length;
+        chain.DecryptBlocks(bytes);
+        return bytes;
+    };
+    std::vector<Bytes> entries;
+    for (const std::size_t size : sizes) {
+        chain.Restart();
+        Bytes entry;
+        while (entry.size() < size && position < streams.size()) {
+            const std::uint32_t compressed = dcf::DecodeChunkLength(take(block));
+            const Bytes data = take(dcf::ChunkDataBlocks(compressed, block) * block);
+            Bytes piece(kPiece);
+            uLongf length = piece.size();
+            EXPECT_EQ(uncompress(piece.data(), &length, data.data(), compressed), Z_OK);
+            entry.insert(entry.end(), piece.begin(),
+                         piece.begin() + static_cast<std::ptrdiff_t>(length));
+        }
+        entries.push_back(std::move(entry));
+    }
+    EXPECT_EQ(position, streams.size());
+    return entries;
 }
 
 class ParallelDataStreamTest : public ::testing::Test {
@@ -73,13 +112,14 @@ protected:
         return results;
     }
 
-    // Reads the streams of `sizes` from the builder's image into one file each, "read0" on; the
-    // result of each stream, up to the first that fails.
+    // Reads the streams of `sizes` from `image` (the builder's by default) into one file each,
+    // "read0" on; the result of each stream, up to the first that fails.
     std::vector<FormatResult> ReadStreams(const std::vector<std::size_t>& sizes, unsigned workers,
-                                          std::uint64_t total = 1) {
+                                          std::uint64_t total = 1, const Bytes* image = nullptr) {
         platform::File stored;
         EXPECT_EQ(
-            stored.Open(Save("image", builder_.Image()).u16string(), platform::OpenMode::Read),
+            stored.Open(Save("image", image != nullptr ? *image : builder_.Image()).u16string(),
+                        platform::OpenMode::Read),
             platform::kErrorSuccess);
         BufferedReader source(stored);
         DataStreamReader reader(source, builder_.Keys(), settings_, total, workers);
@@ -104,32 +144,77 @@ protected:
     DCCArchiveUserSettings settings_;
 };
 
-TEST_F(ParallelDataStreamTest, BytesAreThoseOfChunksMadeOneByOneAndReadBack) {
+TEST_F(ParallelDataStreamTest, BytesDoNotDependOnWorkersAndZlibAndTheReaderReadThemBack) {
     std::vector<Bytes> contents;
+    std::vector<std::size_t> sizes;
     std::uint32_t seed = 1;
     for (const std::size_t size :
          {std::size_t{1}, kPiece - 1, kPiece, kPiece + 1, kBatch * kPiece - 1, kBatch * kPiece,
           kBatch * kPiece + 1, (kBatch + 1) * kPiece, 2 * kBatch * kPiece + 7}) {
         contents.push_back(Content(size, seed++));
+        sizes.push_back(size);
     }
-    for (const Bytes& content : contents) {
-        builder_.DataStream(content);
-    }
+    Bytes single;
     for (const unsigned workers : kWorkerCounts) {
         SCOPED_TRACE(workers);
         const fs::path out = folder_.Native() / "streams";
         const std::vector<FormatResult> results = WriteStreams(contents, workers, out);
         EXPECT_EQ(results, std::vector<FormatResult>(contents.size(), FORMAT_OK));
-        ASSERT_EQ(ReadAll(out), builder_.Image());
-
-        std::vector<std::size_t> sizes;
-        for (const Bytes& content : contents) {
-            sizes.push_back(content.size());
+        const Bytes written = ReadAll(out);
+        if (workers == 1) {
+            single = written;
+            ASSERT_EQ(InflateWithZlib(written, sizes, builder_.Keys()), contents);
+        } else {
+            ASSERT_EQ(written, single);
         }
-        ASSERT_EQ(ReadStreams(sizes, workers), results);
+        ASSERT_EQ(ReadStreams(sizes, workers, 1, &written), results);
         for (std::size_t i = 0; i < contents.size(); ++i) {
             EXPECT_EQ(ReadAll(Out(i)), contents[i]) << "entry " << i;
         }
+    }
+    // Streams that zlib made read back as well.
+    for (const Bytes& content : contents) {
+        builder_.DataStream(content);
+    }
+    ASSERT_EQ(ReadStreams(sizes, 2), std::vector<FormatResult>(contents.size(), FORMAT_OK));
+    for (std::size_t i = 0; i < contents.size(); ++i) {
+        EXPECT_EQ(ReadAll(Out(i)), contents[i]) << "entry " << i;
+    }
+}
+
+// Small entries share batches: queued one after the other with records between them and
+// written at the end, they give the bytes of each written by itself, for any worker count.
+TEST_F(ParallelDataStreamTest, EntriesQueuedTogetherGiveTheBytesOfEntriesWrittenOneByOne) {
+    std::vector<Bytes> contents;
+    for (std::uint32_t i = 0; i < 150; ++i) {
+        contents.push_back(Content(1 + i * 97 % (3 * kPiece), i));
+    }
+    const Bytes record(32, 0xA5);
+    const auto writeAll = [&](unsigned workers, bool flushEach) {
+        const fs::path out = folder_.Native() / "out";
+        platform::File target;
+        EXPECT_EQ(target.Open(out.u16string(), platform::OpenMode::CreateAlways),
+                  platform::kErrorSuccess);
+        BufferedWriter buffered(target);
+        DataStreamWriter writer(buffered, builder_.Keys(), settings_, 1, workers);
+        for (std::size_t i = 0; i < contents.size(); ++i) {
+            writer.QueueRecord(record);
+            const fs::path path = Save("source", contents[i]);
+            platform::File source;
+            EXPECT_EQ(source.Open(path.u16string(), platform::OpenMode::Read),
+                      platform::kErrorSuccess);
+            EXPECT_EQ(flushEach ? writer.WriteDataStream(source, contents[i].size(), 0)
+                                : writer.QueueDataStream(source, contents[i].size(), 0),
+                      FORMAT_OK);
+        }
+        EXPECT_EQ(writer.Flush(), FORMAT_OK);
+        EXPECT_TRUE(buffered.Flush());
+        return ReadAll(out);
+    };
+    const Bytes oneByOne = writeAll(1, true);
+    for (const unsigned workers : kWorkerCounts) {
+        SCOPED_TRACE(workers);
+        EXPECT_EQ(writeAll(workers, false), oneByOne);
     }
 }
 
@@ -157,7 +242,9 @@ TEST_F(ParallelDataStreamTest, CancelInsideABatchEndsTheStreamAndTheWriterGoesOn
     recorder_.Attach(settings_);
     const Bytes cancelled = Content(90 * kPiece, 3);  // a call at every piece
     const Bytes next = Content(kBatch * kPiece + 5, 4);
-    builder_.DataStream(next);
+    const fs::path alone = folder_.Native() / "alone";
+    WriteStreams({next}, 1, alone);
+    const Bytes nextAlone = ReadAll(alone);
     for (const unsigned workers : kWorkerCounts) {
         SCOPED_TRACE(workers);
         recorder_.percents.clear();
@@ -186,8 +273,7 @@ TEST_F(ParallelDataStreamTest, CancelInsideABatchEndsTheStreamAndTheWriterGoesOn
         EXPECT_EQ(writer.WriteDataStream(second, next.size(), 0), FORMAT_OK);
         ASSERT_TRUE(buffered.Flush());
         const Bytes all = ReadAll(out);
-        EXPECT_EQ(Bytes(all.begin() + static_cast<std::ptrdiff_t>(cut), all.end()),
-                  builder_.Image());
+        EXPECT_EQ(Bytes(all.begin() + static_cast<std::ptrdiff_t>(cut), all.end()), nextAlone);
     }
 }
 

@@ -1,20 +1,33 @@
 #!/usr/bin/env bash
 # A self-extracting archive made by `dcf create --sfx` with the given stub, extracted by running
 # the stub on its command line path, checked file by file with each file's tag stream.
-# Usage: stub-end-to-end.sh DCF STUB [RUNNER]
-#   RUNNER runs the stub (scripts/wine-run.sh for the Windows stub); empty runs it directly.
+# Usage: stub-end-to-end.sh DCF STUB|PLATFORM [RUNNER]
+#   STUB is a stub file given to --stub; PLATFORM (windows, windows-x64, linux) lets dcf take the
+#   stub it ships, and must find it: with no option at all for windows, the default.
+#   RUNNER runs the stub (scripts/wine-run.sh for a Windows stub); empty runs it directly.
 set -euo pipefail
-dcf=$(realpath "${1:?usage: stub-end-to-end.sh DCF STUB [RUNNER]}")
-stub=$(realpath "${2:?usage: stub-end-to-end.sh DCF STUB [RUNNER]}")
+usage="usage: stub-end-to-end.sh DCF STUB|PLATFORM [RUNNER]"
+dcf=$(realpath "${1:?$usage}")
+stub=${2:?$usage}
 runner=()
 [[ -n "${3:-}" ]] && runner=("$(realpath "$3")")
-suffix=""
-[[ "$stub" == *.exe ]] && suffix=.exe
+case "$stub" in
+    windows)     stub_option=(); suffix=.exe ;;
+    windows-x64) stub_option=(--stub-for windows-x64); suffix=.exe ;;
+    linux)       stub_option=(--stub-for linux); suffix="" ;;
+    *)           stub=$(realpath "$stub"); stub_option=(--stub "$stub")
+                 suffix=""; [[ "$stub" == *.exe ]] && suffix=.exe ;;
+esac
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
-fail() { echo "FAILED: $*" >&2; exit 1; }
+# A failure shows what the stub said, if anything.
+fail() {
+    echo "FAILED: $*" >&2
+    [[ -s stub.out ]] && sed 's/^/  stub: /' stub.out >&2
+    exit 1
+}
 
 # The sender's tree: nested folders, an empty folder, an empty file, a name beyond ASCII, and a
 # file of several pieces.
@@ -32,9 +45,19 @@ JSON
 printf 'correct horse\n' >password
 
 "$dcf" keygen --name "End to end" --out key >/dev/null
-"$dcf" create archive.exe data/reports --sfx --stub "$stub" --recipient key.pubkey \
+"$dcf" create archive data/reports --sfx "${stub_option[@]}" --recipient key.pubkey \
     --password-file password --categories categories.json --quiet
-[[ -f archive.exe ]] || fail "dcf create made no archive.exe"
+archive=archive$suffix
+[[ -f $archive ]] || fail "dcf create made no $archive: $(ls)"
+if [[ ${#stub_option[@]} -gt 0 && ${stub_option[0]} == --stub ]]; then
+    cp "$stub" "stub$suffix"
+else
+    # The shipped stub, as dcf info tells it, is what stands in front of the image.
+    info=$("$dcf" info --json "$archive")
+    [[ $info == *"\"shippedStub\": \"$stub\""* ]] || fail "not the shipped $stub stub: $info"
+    offset=$(sed -n 's/.*"imageOffset": \([0-9]*\).*/\1/p' <<<"$info")
+    head -c "$offset" "$archive" >"stub$suffix"
+fi
 
 # The tag stream of a file: the extended attribute on Linux; Wine keeps the NTFS stream as a
 # file named "<file>:ZelTag5".
@@ -63,28 +86,33 @@ check_tree() {
 }
 
 # Targets are given as absolute paths, as the dialog gives them: the tag stream is opened by a
-# long path ("\\?\" in front), which a relative path can't take.
+# long path ("\\?\" in front), which a relative path can't take. Wine's drive Z: is the root.
 target() {
     if [[ ${#runner[@]} -gt 0 ]]; then
-        "${runner[@]}" winepath -w "$PWD/$1" 2>/dev/null | tr -d '\r'
+        local path="$PWD/$1"
+        echo "Z:${path//\//\\}"
     else
         echo "$PWD/$1"
     fi
 }
 
 # The self-extracting file run as itself, with the recipient's key.
-chmod +x archive.exe
-"${runner[@]}" ./archive.exe -key key.privkey -target "$(target by-key)" >stub.out 2>&1 || true
+chmod +x "$archive"
+"${runner[@]}" "./$archive" -key key.privkey -target "$(target by-key)" >stub.out 2>&1 || true
 check_tree by-key
 # The plain stub reading the archive through -source.
-cp "$stub" "stub$suffix"
-"${runner[@]}" "./stub$suffix" -key key.privkey -target "$(target by-source)" -source archive.exe \
+chmod +x "stub$suffix"
+"${runner[@]}" "./stub$suffix" -key key.privkey -target "$(target by-source)" -source "$archive" \
     >>stub.out 2>&1 || true
 check_tree by-source
 # The Windows stub is a GUI program: under Wine it has no parent console to write to.
 [[ ${#runner[@]} -gt 0 || "$(grep -c "Extraction has successfully finished" stub.out)" == 2 ]] ||
     fail "the stub did not report both extractions: $(cat stub.out)"
 # dcf reads the same file with the password.
-"$dcf" extract archive.exe -C by-password --password-file password --quiet
+"$dcf" extract "$archive" -C by-password --password-file password --quiet
 check_tree by-password
-echo "end to end: $(basename "$stub") extracted and tagged"
+if [[ ${stub_option[0]:-} == --stub ]]; then
+    echo "end to end: $(basename "$stub") extracted and tagged"
+else
+    echo "end to end: the shipped $stub stub extracted and tagged"
+fi

@@ -6,43 +6,30 @@ namespace {
 
 using Tokens = std::vector<std::u16string>;
 
-Tokens Split(const char16_t* text) {
+// Blanks separate, tabs do not; quotes group and are not part of the token, an inner quote is
+// ordinary, an empty quoted token stays, and an unclosed quote ends the line.
+TEST(CommandLineParse, TokensAsTheStubTakesThem) {
+    const std::pair<const char16_t*, Tokens> cases[] = {
+        {u"  -key  a.privkey   -target\tx  ", {u"-key", u"a.privkey", u"-target\tx"}},
+        {u"single", {u"single"}},
+        {u"", {}},
+        {u"    ", {}},
+        {nullptr, {}},
+        {u"-target \"C:\\My Files\\out\" -key k",
+         {u"-target", u"C:\\My Files\\out", u"-key", u"k"}},
+        {u"\"a b\"c", {u"a b", u"c"}},
+        {u"\"\" x", {u"", u"x"}},
+        {u"ab\"c d", {u"ab\"c", u"d"}},
+        {u"\"x\"\"\"", {u"x", u""}},
+        {u"-key \"no end here", {u"-key", u"no end here"}},
+        {u"\"", {u""}},
+        {u"a \"\"\"", {u"a", u"", u""}}};
     CCommandLine line;
-    line.Parse(text);
-    return line.Tokens();
-}
-
-TEST(CommandLineParse, BlanksSeparateAndTabsDoNot) {
-    EXPECT_EQ(Split(u"  -key  a.privkey   -target\tx  "),
-              (Tokens{u"-key", u"a.privkey", u"-target\tx"}));
-    EXPECT_EQ(Split(u"single"), (Tokens{u"single"}));
-    EXPECT_TRUE(Split(u"").empty());
-    EXPECT_TRUE(Split(u"    ").empty());
-    EXPECT_TRUE(Split(nullptr).empty());
-}
-
-TEST(CommandLineParse, QuotesGroupAndAreNotPartOfTheToken) {
-    EXPECT_EQ(Split(u"-target \"C:\\My Files\\out\" -key k"),
-              (Tokens{u"-target", u"C:\\My Files\\out", u"-key", u"k"}));
-    EXPECT_EQ(Split(u"\"a b\"c"), (Tokens{u"a b", u"c"}));   // the quote ends the token
-    EXPECT_EQ(Split(u"\"\" x"), (Tokens{u"", u"x"}));        // empty token stays
-    EXPECT_EQ(Split(u"ab\"c d"), (Tokens{u"ab\"c", u"d"}));  // inner quote is ordinary
-    EXPECT_EQ(Split(u"\"x\"\"\""), (Tokens{u"x", u""}));
-}
-
-TEST(CommandLineParse, UnclosedQuoteEndsTheLine) {
-    EXPECT_EQ(Split(u"-key \"no end here"), (Tokens{u"-key", u"no end here"}));
-    EXPECT_EQ(Split(u"\""), (Tokens{u""}));
-    EXPECT_EQ(Split(u"a \"\"\""), (Tokens{u"a", u"", u""}));
-}
-
-TEST(CommandLineParse, ParseDiscardsEarlierTokens) {
-    CCommandLine line;
-    line.Parse(u"one two");
-    line.Parse(u"three");
-    EXPECT_EQ(line.Tokens(), (Tokens{u"three"}));
-    line.Parse(nullptr);
-    EXPECT_TRUE(line.Tokens().empty());
+    line.Parse(u"earlier tokens go");
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        line.Parse(cases[i].first);  // what an earlier Parse found is gone
+        EXPECT_EQ(line.Tokens(), cases[i].second) << "case " << i;
+    }
 }
 
 TEST(CommandLineOptions, MatchWholeTokensInEitherCaseFirstOneCounts) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "frontend/ExtractionParameters.h"
 #include "frontend/HelpText.h"
 #include "tests/TestFolder.h"
@@ -17,18 +19,20 @@ std::string RunWith(const std::vector<std::u16string>& tokens) {
     return testing::internal::GetCapturedStdout();
 }
 
-const std::string kHelp =
-    "Self-extraction archive: \r\n"
-    "Run it without parameters or with undefined ones to show GUI and control extraction by "
-    "it.\r\n"
-    "For extraction from command line, use both of parameters -key and -target.\r\n"
-    "Parameters: \r\n"
-    "\t-h|-help\tPrint this help\r\n"
-    "\t-key path\tSet path to private key for extraction\r\n"
-    "\t-target path\tSet path to target directory for extraction\r\n"
-    "\t-source path\tSet path to source archive to for extraction\r\n";
+// The help text ends with the program's version: "Vomdrel X.Y.Z".
+void ExpectVersionLast(const std::string& help) {
+    const std::size_t line = help.rfind("Vomdrel ");
+    ASSERT_NE(line, std::string::npos) << help;
+    const std::string version = help.substr(line);
+    EXPECT_TRUE(version.ends_with("\r\n") || version.ends_with("\n")) << version;
+    EXPECT_EQ(std::count(version.begin(), version.end(), '.'), 2) << version;
+}
 
 TEST(StubEntry, HelpWinsOverEverythingElse) {
+    testing::internal::CaptureStdout();
+    WriteHelpText();
+    const std::string kHelp = testing::internal::GetCapturedStdout();
+    ExpectVersionLast(kHelp);
     EXPECT_EQ(RunWith({u"-h"}), kHelp);
     EXPECT_EQ(RunWith({u"-HELP"}), kHelp);
     EXPECT_EQ(RunWith({u"-key", u"k", u"-target", u"t", u"-h"}), kHelp);

@@ -29,6 +29,10 @@ TEST(TextConversion, MalformedUtf8BecomesReplacement) {
     EXPECT_EQ(platform::Utf8ToUtf16("\xF4\x90\x80\x80"), bad + bad + bad + bad);  // > U+10FFFF
     EXPECT_EQ(platform::Utf8ToUtf16("ab\xE4\xB8"), u"ab" + bad + bad);            // cut short
     EXPECT_EQ(platform::Utf8ToUtf16("\xFF"), bad);
+    for (const char* malformed : {"\xC0\xAF", "\xED\xA0\x80", "latin\xE9.txt", "ab\xE4\xB8"}) {
+        EXPECT_FALSE(platform::IsWellFormedUtf8(malformed)) << malformed;
+    }
+    EXPECT_TRUE(platform::IsWellFormedUtf8("a\xC3\xA9\xEF\xBF\xBD"));  // a real U+FFFD is kept
 }
 
 }  // namespace

@@ -1,17 +1,6 @@
 #include "tools/dcf/ArchiveOutput.h"
 
-#include <CLI/CLI.hpp>
-
-#include <iostream>
-
-#include "tools/dcf/ToolOutput.h"
-
 namespace dcf {
-
-void FailWith(const std::string& command, const std::string& message, int code) {
-    std::cerr << "dcf " << command << ": " << message << '\n';
-    throw CLI::RuntimeError(code);
-}
 
 void FailWithResult(const std::string& command, const std::string& file, FormatResult result) {
     int code = kExitFailure;

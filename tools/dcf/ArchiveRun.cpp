@@ -1,14 +1,21 @@
 #include "tools/dcf/ArchiveRun.h"
 
-#include "platform/Terminal.h"
 #include "platform/Text.h"
-#include "tools/dcf/ReplaceQuestion.h"
+#include "platform/Terminal.h"
+#include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ToolOutput.h"
 
 namespace dcf {
 
+namespace {
+
+// Runs that end sooner draw no progress.
+constexpr std::chrono::seconds kQuietStart{1};
+
+}  // namespace
+
 ArchiveRun::ArchiveRun(bool showProgress)
-    : progress_(showProgress && platform::IsInteractiveTerminal()) {
+    : progress_(showProgress && platform::StandardErrorIsTerminal(), kQuietStart) {
     // Ctrl-C, SIGTERM and SIGHUP cancel the run, which then cleans up after itself.
     platform::CatchInterrupts(&cancel_);
     settings.cancelFlag = &cancel_;
@@ -23,8 +30,24 @@ ArchiveRun::~ArchiveRun() {
 }
 
 void ArchiveRun::AskBeforeReplacing() {
-    if (platform::IsInteractiveTerminal()) {
+    if (platform::HasTerminal()) {
         settings.onFileExists = OnFileExists;
+    }
+}
+
+void ArchiveRun::PollInterrupt() {
+    if (platform::TakeInterrupt()) {
+        interrupted_ = true;
+        cancel_ = 1;
+    }
+}
+
+void ArchiveRun::EndProgress() {
+    PollInterrupt();
+    if (interrupted_) {
+        progress_.Interrupted();
+    } else {
+        progress_.Finish();
     }
 }
 
@@ -39,16 +62,17 @@ OverwriteMode ArchiveRun::OnFileExists(const std::u16string* path, bool*, void* 
         return OVERWRITE_REPLACE;
     }
     run.progress_.Finish();
-    static constexpr ReplaceChoice kChoices[] = {{"yes", OVERWRITE_REPLACE},
-                                                 {"no", OVERWRITE_SKIP},
-                                                 {"all", OVERWRITE_REPLACE},
-                                                 {"quit", OVERWRITE_CANCEL}};
-    const ReplaceChoice* choice = AskReplaceOnTerminal(*path, kChoices);
-    if (choice == nullptr) {
+    static constexpr std::string_view kChoices[] = {"yes", "no", "all", "quit"};
+    static constexpr OverwriteMode kAnswers[] = {OVERWRITE_REPLACE, OVERWRITE_SKIP,
+                                                 OVERWRITE_REPLACE, OVERWRITE_CANCEL};
+    const std::optional<std::size_t> choice =
+        terminal::AskChoice(Printable(platform::Utf16ToUtf8(*path)) + " exists. Replace it? ", kChoices);
+    if (!choice) {
+        run.PollInterrupt();
         return OVERWRITE_CANCEL;
     }
-    run.replaceAll_ = choice == &kChoices[2];
-    return choice->answer;
+    run.replaceAll_ = *choice == 2;
+    return kAnswers[*choice];
 }
 
 std::string ArchiveRun::WhereItStopped() const {
@@ -59,7 +83,7 @@ std::string ArchiveRun::WhereItStopped() const {
         return "in the folder header";
     }
     if (!report.namesRead) {
-        return "in the name block (cut short)";
+        return "in the name block";
     }
     if (report.entries.empty()) {
         return "in the first file header";
@@ -69,6 +93,29 @@ std::string ArchiveRun::WhereItStopped() const {
         return "in the file header behind entry " + last;
     }
     return "in entry " + last;
+}
+
+void ArchiveRun::EndOnFailure(const std::string& command, const std::string& archive,
+                              FormatResult result) const {
+    if (result == FORMAT_CANCELLED && interrupted_) {
+        FailWith(command, archive + ": cancelled by Ctrl-C", kExitCancelled);
+    }
+    if (result == FORMAT_FAILED && !report.unsafeName.empty()) {
+        FailWith(command,
+                 archive + ": holds a name that would leave the target folder, \"" +
+                     Printable(DisplayName(report.unsafeName)) + "\"; nothing was extracted",
+                 kExitDamaged);
+    }
+    if (result == FORMAT_FAILED || result == FORMAT_TARGET_OPEN_FAILED ||
+        result == FORMAT_OUTPUT_WRITE_FAILED) {
+        FailWithResult(command, archive + " (" + WhereItStopped() + ")", result);
+    }
+    if (result != FORMAT_OK) {
+        FailWithResult(command, archive, result);
+    }
+    if (report.headerRead && !report.namesRead) {
+        FailWith(command, archive + ": damaged: the name block is cut short", kExitDamaged);
+    }
 }
 
 std::string DisplayName(const std::u16string& storedName) {

@@ -9,13 +9,13 @@
 
 #include "archive/ArchiveUserSettings.h"
 #include "archive/DcfReader.h"
-#include "tools/dcf/ProgressLine.h"
+#include "frontend/terminal/TerminalUi.h"
 
 namespace dcf {
 
 class ArchiveRun {
 public:
-    // `showProgress`: draw the progress line, where there is a terminal.
+    // `showProgress`: draw the progress line, where standard error is a terminal.
     explicit ArchiveRun(bool showProgress);
     ~ArchiveRun();
     ArchiveRun(const ArchiveRun&) = delete;
@@ -29,14 +29,24 @@ public:
 
     // Where a failure of the run lies, for its message: "in the key block", "in entry a/b", ...
     std::string WhereItStopped() const;
-    void EndProgress() { progress_.Finish(); }
+    // Ends the command when the run over `archive` did not read the whole archive: Ctrl-C,
+    // damage, a name that would leave the target, a wrong key, ...
+    void EndOnFailure(const std::string& command, const std::string& archive,
+                      FormatResult result) const;
+    // Clears the progress line; after Ctrl-C moves past the "^C" on the terminal.
+    void EndProgress();
+    // Whether Ctrl-C cancelled the run.
+    bool Interrupted() const { return interrupted_; }
 
 private:
+    // Turns a pending Ctrl-C, SIGTERM or SIGHUP into the cancel flag.
+    void PollInterrupt();
     static void OnProgress(std::uint32_t percent, void* context);
     static OverwriteMode OnFileExists(const std::u16string* path, bool* flag, void* context);
 
     std::atomic<std::uint8_t> cancel_{0};
-    ProgressLine progress_;
+    bool interrupted_ = false;
+    terminal::ProgressLine progress_;
     bool replaceAll_ = false;
 };
 

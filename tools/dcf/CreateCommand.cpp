@@ -1,27 +1,23 @@
 // dcf create: a new archive, plain or self-extracting, of files and folders.
 #include <array>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "archive/DcfRecords.h"
 #include "archive/FileFormatDCF.h"
 #include "archive/FileFormatSFX.h"
-#include "crypto/Rsa.h"
+#include "frontend/terminal/TerminalUi.h"
 #include "platform/File.h"
-#include "platform/Terminal.h"
 #include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveRun.h"
-#include "tools/dcf/ArchiveSource.h"
 #include "tools/dcf/CategoryManifest.h"
 #include "tools/dcf/Commands.h"
-#include "tools/dcf/ReplaceQuestion.h"
+#include "tools/dcf/KeyInput.h"
+#include "tools/dcf/ShippedStubs.h"
 #include "tools/dcf/SourceWalk.h"
 #include "tools/dcf/ToolOutput.h"
 
@@ -36,12 +32,13 @@ const std::string kCommand = "create";
 struct CreateOptions {
     std::string archive;
     std::vector<std::string> paths;
-    std::string passwordFile;
-    bool passwordStdin = false;
-    bool noPassword = false;
+    std::vector<std::string> excluded;
+    NewPasswordOptions password;
     std::string recipient;
     bool sfx = false;
     std::string stub;
+    std::string stubFor{kStubPlatforms.front().name};
+    bool stubForGiven = false;
     std::string categories;
     std::string overwrite = "ask";
     bool quiet = false;
@@ -54,88 +51,6 @@ const std::map<std::string, OverwriteMode> kAnswers = {{"replace", OVERWRITE_REP
                                                        {"numbered", OVERWRITE_NUMBERED},
                                                        {"ask", OVERWRITE_ASK},
                                                        {"cancel", OVERWRITE_CANCEL}};
-
-// The password typed twice without echo; ends the command when the two differ.
-Zelmarik::SecureU16String AskNewPassword(const std::string& archive) {
-    std::optional<Zelmarik::SecureU16String> first =
-        ReadPasswordLine(kCommand, "Password for " + archive + ": ");
-    std::optional<Zelmarik::SecureU16String> second;
-    if (first) {
-        second = ReadPasswordLine(kCommand, "Repeat the password: ");
-    }
-    if (!second) {
-        FailWith(kCommand, "no password entered", kExitCancelled);
-    }
-    if (!(*first == *second)) {
-        FailWith(kCommand, "the two passwords differ", kExitUsage);
-    }
-    return std::move(*first);
-}
-
-void LoadPassword(const CreateOptions& options, ArchiveWriteRequest& request) {
-    if (options.noPassword) {
-        if (options.recipient.empty()) {
-            FailWith(kCommand, "--no-password needs --recipient: nothing could open the archive",
-                     kExitUsage);
-        }
-        return;
-    }
-    if (!options.passwordFile.empty()) {
-        request.password = ReadPasswordFile(kCommand, options.passwordFile);
-    } else if (options.passwordStdin) {
-        std::optional<Zelmarik::SecureU16String> line = ReadPasswordLine(kCommand, "");
-        if (!line) {
-            FailWith(kCommand, "no password on standard input", kExitUsage);
-        }
-        request.password = std::move(*line);
-    } else if (platform::IsInteractiveTerminal()) {
-        request.password = AskNewPassword(options.archive);
-    } else {
-        FailWith(kCommand, "give --password-file, --password-stdin or --no-password", kExitUsage);
-    }
-    request.passwordGiven = true;
-    if (!dcf::PasswordBytes(request.password)) {
-        FailWith(kCommand, "the password is longer than 64 bytes", kExitUsage);
-    }
-}
-
-// The recipient's public key text: 1024 hexadecimal digits, line ends and blanks ignored, of
-// a modulus that can seal a key block.
-void LoadRecipient(const std::string& path, ArchiveWriteRequest& request) {
-    std::ifstream in(fs::path(PathFromArgument(path)), std::ios::binary);
-    if (!in) {
-        FailWith(kCommand, path + ": the public key can't be read", kExitIo);
-    }
-    // Far more than the digits with any line ends; a larger file is not a key.
-    constexpr std::size_t kLongestKeyFile = 64 * 1024;
-    std::string text(kLongestKeyFile + 1, '\0');
-    in.read(text.data(), static_cast<std::streamsize>(text.size()));
-    text.resize(static_cast<std::size_t>(in.gcount()));
-    std::string digits;
-    for (const char c : text) {
-        if (std::isxdigit(static_cast<unsigned char>(c))) {
-            digits.push_back(c);
-        } else if (!std::isspace(static_cast<unsigned char>(c))) {
-            digits.clear();
-            break;
-        }
-    }
-    if (text.size() > kLongestKeyFile ||
-        digits.size() != Zelmarik::DCCSecurityKey::kPublicKeyDigits) {
-        FailWith(kCommand, path + ": not a public key (1024 hexadecimal digits)", kExitBadKey);
-    }
-    std::array<std::uint32_t, Zelmarik::kRsaNumberWords> modulus{};
-    Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), digits, digits.size());
-    if (const std::string problem = Zelmarik::PublicModulusProblem(modulus.data());
-        !problem.empty()) {
-        FailWith(kCommand,
-                 path + ": not a usable public key: " + problem +
-                     "; ask the recipient for the .pubkey file that dcf keygen made",
-                 kExitBadKey);
-    }
-    request.securityKey.SetPublicKeyText(digits);
-    request.sealForKey = true;
-}
 
 // The choice of --overwrite, and the answer that onArchiveExists gave, if it was asked.
 struct ArchiveExistsAnswer {
@@ -151,12 +66,12 @@ OverwriteMode AnswerOfOption(const std::u16string*, void* context) {
 
 OverwriteMode AskAboutArchive(const std::u16string* path, void* context) {
     auto& answer = *static_cast<ArchiveExistsAnswer*>(context);
-    static constexpr ReplaceChoice kChoices[] = {{"yes", OVERWRITE_REPLACE},
-                                                 {"no", OVERWRITE_SKIP},
-                                                 {"rename the new one", OVERWRITE_NUMBERED},
-                                                 {"quit", OVERWRITE_CANCEL}};
-    const ReplaceChoice* choice = AskReplaceOnTerminal(*path, kChoices);
-    answer.given = choice != nullptr ? choice->answer : OVERWRITE_CANCEL;
+    static constexpr std::string_view kChoices[] = {"yes", "no", "rename the new one", "quit"};
+    static constexpr OverwriteMode kAnswers[] = {OVERWRITE_REPLACE, OVERWRITE_SKIP,
+                                                 OVERWRITE_NUMBERED, OVERWRITE_CANCEL};
+    const std::optional<std::size_t> choice =
+        terminal::AskChoice(platform::Utf16ToUtf8(*path) + " exists. Replace it? ", kChoices);
+    answer.given = choice ? kAnswers[*choice] : OVERWRITE_CANCEL;
     return answer.given;
 }
 
@@ -172,7 +87,7 @@ void SetOverwrite(const std::string& option, ArchiveExistsAnswer& answer,
     settings.callbackContexts[CALLBACK_ARCHIVE_EXISTS] = &answer;
     if (answer.option != OVERWRITE_ASK) {
         settings.onArchiveExists = AnswerOfOption;
-    } else if (platform::IsInteractiveTerminal()) {
+    } else if (platform::HasTerminal()) {
         settings.onArchiveExists = AskAboutArchive;
     }
 }
@@ -187,48 +102,70 @@ void CopyRunPermission(const std::u16string& stub, const std::u16string& archive
     }
 }
 
-void RunCreate(const CreateOptions& options) {
-    if (options.stub.size() != 0 && !options.sfx) {
-        FailWith(kCommand, "--stub goes with --sfx", kExitUsage);
+// Ends the command unless a file can be made in the archive's folder: the writer's own failure
+// there would not say why.
+void CheckFolderWritable(const std::string& archive, const std::u16string& folder) {
+    std::u16string probe;
+    const platform::ErrorCode error = platform::CreateTempFile(folder, u"st", probe);
+    if (error != platform::kErrorSuccess) {
+        FailWith(kCommand, archive + ": can't write in its folder: " + DescribeError(error),
+                 kExitIo);
     }
+    platform::RemoveFile(probe);
+}
+
+void RunCreate(const CreateOptions& options) {
+    if (!options.sfx && (!options.stub.empty() || options.stubForGiven)) {
+        FailWith(kCommand,
+                 std::string(options.stub.empty() ? "--stub-for" : "--stub") + " goes with --sfx",
+                 kExitUsage);
+    }
+    std::unique_ptr<DCCFileFormat> format;
+    ChosenStub stub;
+    if (options.sfx) {
+        stub = ChooseStub(kCommand, options.stub, options.stubFor);
+        format = std::make_unique<DCCFileFormatSFX>(stub.path, stub.windows ? u".exe" : u"");
+    } else {
+        format = std::make_unique<DCCFileFormatDCF>();
+    }
+    const fs::path archive = fs::absolute(fs::path(PathFromArgument(options.archive)));
+    std::u16string archivePath = archive.u16string();
+    if (!format->HasOwnExtension(archivePath)) {
+        archivePath += format->Extension();
+    }
+
     ArchiveWriteRequest request;
     request.replaceWhenComplete = true;  // nothing is lost to a failure or an interrupt
-    SourceListing listing = ListSources(kCommand, options.paths, options.quiet);
+    WalkOptions walk;
+    walk.archive = archivePath;
+    for (const std::string& pattern : options.excluded) {
+        walk.excluded.push_back(platform::Utf8ToUtf16(pattern));
+    }
+    SourceListing listing = ListSources(kCommand, options.paths, walk);
     if (!options.categories.empty()) {
         ApplyCategoryManifest(kCommand, options.categories, listing);
     }
     if (!options.recipient.empty()) {
-        LoadRecipient(options.recipient, request);
+        LoadRecipient(kCommand, options.recipient, request);
     }
-    LoadPassword(options, request);
+    LoadNewPassword(kCommand, options.archive, options.password, request.sealForKey, request);
     request.rootPath = listing.rootPath;
     request.items = std::move(listing.items);
-    const fs::path archive = fs::absolute(fs::path(PathFromArgument(options.archive)));
     request.archiveFolder = archive.parent_path().u16string();
     request.archiveName = archive.filename().u16string();
-    if (!platform::IsDirectory(request.archiveFolder)) {
-        FailWith(kCommand, options.archive + ": its folder does not exist", kExitIo);
-    }
-
-    std::unique_ptr<DCCFileFormat> format;
-    const std::u16string stub =
-        options.stub.empty() ? DefaultStubPath() : PathFromArgument(options.stub);
-    if (options.sfx) {
-        if (!platform::PathExists(stub)) {
-            FailWith(kCommand, "no stub at " + platform::Utf16ToUtf8(stub) + "; give --stub FILE",
-                     kExitIo);
-        }
-        format = std::make_unique<DCCFileFormatSFX>(stub);
-    } else {
-        format = std::make_unique<DCCFileFormatDCF>();
-    }
+    CheckFolderWritable(options.archive, request.archiveFolder);
 
     ArchiveRun run(!options.quiet);
     run.report.totalSize = listing.totalSize;
+    ReadRealPaths(listing, run.settings);
     ArchiveExistsAnswer answer;
     SetOverwrite(options.overwrite, answer, run.settings);
     const FormatResult result = format->WriteArchive(&request, &run.settings);
     run.EndProgress();
+    if (result == FORMAT_CANCELLED && run.Interrupted()) {
+        FailWith(kCommand, options.archive + ": cancelled by Ctrl-C; nothing was written",
+                 kExitCancelled);
+    }
     if (result == FORMAT_CANCELLED && run.settings.onArchiveExists == nullptr &&
         run.settings.overwriteMode == OVERWRITE_ASK) {
         FailWith(kCommand, options.archive + ": exists; choose what to do with --overwrite",
@@ -245,11 +182,15 @@ void RunCreate(const CreateOptions& options) {
         return;
     }
     if (options.sfx) {
-        CopyRunPermission(stub, request.archiveName);
+        CopyRunPermission(stub.path, request.archiveName);
     }
     if (!options.quiet) {
         std::cout << "Created " << written << ": " << Counted(listing.files, "file") << ", "
-                  << Counted(listing.folders, "folder") << ", " << listing.totalSize << " bytes\n";
+                  << Counted(listing.folders, "folder") << ", " << listing.totalSize << " bytes"
+                  << (listing.leftOut == 0
+                          ? ""
+                          : "; " + std::to_string(listing.leftOut) + " left out, as noted above")
+                  << '\n';
     }
 }
 
@@ -260,27 +201,44 @@ void AddCreateCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand(
         "create", "Create an archive (plain .dcf or self-extracting) of files and folders");
     command->footer(
-        "Names in the archive begin at the folder that holds the PATHs: 'dcf create a.dcf "
-        "data/reports' stores reports/2021/a.txt. All PATHs must lie in one folder. Without a "
-        "password option the password is asked twice on the terminal.");
+        "Each PATH is stored under its own last name: 'dcf create a.dcf data/reports "
+        "~/notes.txt' stores reports/2021/a.txt and notes.txt. Without a password option the "
+        "password is asked twice on the terminal. What can't be stored (unreadable, not UTF-8, "
+        "a name Windows can't extract, --exclude) is left out with a note.");
     command
         ->add_option("ARCHIVE", options->archive,
-                     "The new archive; .dcf (or .exe with --sfx) is added when missing")
+                     "The new archive; .dcf (or .exe with a Windows stub) is added when missing")
         ->required();
     command->add_option("PATH", options->paths, "Files and folders to store")->required();
-    auto* file = command->add_option("--password-file", options->passwordFile,
+    command
+        ->add_option("--exclude", options->excluded,
+                     "Leave out what matches PATTERN (* ? [..]) by its name in the archive or "
+                     "its last name; may be given again")
+        ->type_name("PATTERN")
+        ->allow_extra_args(false);
+    auto* file = command->add_option("--password-file", options->password.passwordFile,
                                      "Read the password from the first line of a UTF-8 file");
-    auto* input = command->add_flag("--password-stdin", options->passwordStdin,
+    auto* input = command->add_flag("--password-stdin", options->password.passwordStdin,
                                     "Read the password from the first line of standard input");
-    auto* none = command->add_flag("--no-password", options->noPassword,
+    auto* none = command->add_flag("--no-password", options->password.noPassword,
                                    "No password: only the recipient's private key opens it");
     file->excludes(input)->excludes(none);
     input->excludes(none);
     command->add_option("--recipient", options->recipient,
                         "Seal the archive also for this public key (PREFIX.pubkey of keygen)");
     command->add_flag("--sfx", options->sfx, "Make a self-extracting program");
-    command->add_option("--stub", options->stub,
-                        "The stub program of --sfx; by default Vomdrel beside dcf");
+    std::vector<std::string> platforms;
+    std::string platformHelp = "Where the recipient runs the self-extracting file:";
+    for (const StubPlatform& platform : kStubPlatforms) {
+        platforms.emplace_back(platform.name);
+        platformHelp += "\n  " + platforms.back() + ": " + std::string(platform.recipient);
+    }
+    auto* platform = command->add_option("--stub-for", options->stubFor, platformHelp)
+                         ->check(CLI::IsMember(platforms))
+                         ->capture_default_str();
+    command
+        ->add_option("--stub", options->stub, "The stub program of --sfx, instead of a shipped one")
+        ->excludes(platform);
     command->add_option("--categories", options->categories,
                         "JSON manifest: {\"dir/file\": [{\"id\": \"<guid>\", \"name\": ...}]}");
     command
@@ -288,8 +246,11 @@ void AddCreateCommand(CLI::App& app) {
                      "When the archive exists: replace, skip, numbered, ask or cancel")
         ->check(CLI::IsMember({"replace", "skip", "numbered", "ask", "cancel"}))
         ->capture_default_str();
-    command->add_flag("-q,--quiet", options->quiet, "No progress, no notes and no summary");
-    command->callback([options] { RunCreate(*options); });
+    command->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
+    command->callback([options, platform] {
+        options->stubForGiven = platform->count() > 0;
+        RunCreate(*options);
+    });
 }
 
 }  // namespace dcf

@@ -3,23 +3,29 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "archive/DcfReader.h"
 #include "platform/File.h"
-#include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveRun.h"
 #include "tools/dcf/ArchiveSource.h"
 #include "tools/dcf/Commands.h"
+#include "tools/dcf/EntrySelection.h"
+#include "tools/dcf/KeyInput.h"
 #include "tools/dcf/ToolOutput.h"
 
 namespace dcf {
 
 namespace {
 
+const std::string kCommand = "extract";
+
 struct ExtractOptions {
     std::string archive;
+    std::vector<std::string> members;
     std::string directory = ".";
+    unsigned strip = 0;
     KeyOptions keys;
     std::string overwrite = "ask";
     bool quiet = false;
@@ -56,20 +62,46 @@ std::string TargetFailure(const ArchiveReport& report) {
     }
 }
 
+// The target folder with the levels that the run makes; those it leaves empty go again unless
+// the run is kept.
+class TargetFolder {
+public:
+    TargetFolder(const std::string& argument, const std::u16string& path) {
+        const platform::ErrorCode error = platform::MakeDirectoryLevels(path, created_);
+        if (error != platform::kErrorSuccess) {
+            TakeBack();
+            FailWith(kCommand, argument + ": " + DescribeError(error), kExitIo);
+        }
+    }
+    ~TargetFolder() { TakeBack(); }
+    TargetFolder(const TargetFolder&) = delete;
+    TargetFolder& operator=(const TargetFolder&) = delete;
+
+    void Keep() { created_.clear(); }
+
+private:
+    void TakeBack() {
+        for (const std::u16string& folder : created_) {
+            platform::RemoveEmptyDirectory(folder);  // one that holds anything stays
+        }
+        created_.clear();
+    }
+
+    std::vector<std::u16string> created_;
+};
+
 void RunExtract(const ExtractOptions& options) {
-    const std::string command = "extract";
-    ImageSource source = OpenImage(command, options.archive);
+    ImageSource source = OpenImage(kCommand, options.archive);
     ArchiveExtractRequest request;
     request.keepPartialFile = false;  // no file under its real name is ever incomplete
     request.sourcePath = CanonicalPath(options.archive);
+    LoadKeys(kCommand, options.archive, options.keys, request);
     request.targetPath = CanonicalPath(options.directory);
-    if (!platform::IsDirectory(request.targetPath)) {
-        const platform::ErrorCode error = platform::MakeDirectory(request.targetPath);
-        if (error != platform::kErrorSuccess) {
-            FailWith(command, options.directory + ": " + DescribeError(error), kExitIo);
-        }
+    TargetFolder target(options.directory, request.targetPath);
+    EntrySelection selection(options.members, options.strip);
+    if (!options.members.empty() || options.strip > 0) {
+        request.selectEntry = [&selection](std::u16string& name) { return selection.Choose(name); };
     }
-    LoadKeys(command, options.archive, options.keys, request);
 
     ArchiveRun run(!options.quiet);
     run.settings.overwriteMode = kOverwriteModes.at(options.overwrite);
@@ -80,29 +112,25 @@ void RunExtract(const ExtractOptions& options) {
     const FormatResult result =
         ReadArchiveBody(source.stream, request, run.settings, extracted, nullptr, run.report);
     run.EndProgress();
-    if (result == FORMAT_CANCELLED && run.settings.onFileExists == nullptr &&
-        run.settings.overwriteMode != OVERWRITE_REPLACE) {
-        FailWith(command,
-                 options.archive + ": stopped at a file that exists " + run.WhereItStopped() +
-                     "; choose what to do with --overwrite",
+    if (result == FORMAT_CANCELLED && !run.Interrupted() && run.settings.onFileExists == nullptr &&
+        !run.report.entries.empty()) {
+        FailWith(kCommand,
+                 options.archive + ": stopped at " + Printable(DisplayName(run.report.entries.back().name)) +
+                     ", which exists in " + options.directory +
+                     "; choose what to do with --overwrite (replace or skip)",
                  kExitCancelled);
     }
     if (result == FORMAT_TARGET_OPEN_FAILED && !run.report.entries.empty()) {
-        FailWith(command,
+        FailWith(kCommand,
                  options.archive + ": cannot create " + options.directory + "/" +
                      Printable(DisplayName(run.report.entries.back().name)) + ": " +
                      TargetFailure(run.report),
                  kExitIo);
     }
-    if (result == FORMAT_FAILED || result == FORMAT_TARGET_OPEN_FAILED ||
-        result == FORMAT_OUTPUT_WRITE_FAILED) {
-        FailWithResult(command, options.archive + " (" + run.WhereItStopped() + ")", result);
-    }
-    if (result != FORMAT_OK) {
-        FailWithResult(command, options.archive, result);
-    }
-    if (run.report.headerRead && !run.report.namesRead) {
-        FailWith(command, options.archive + ": damaged: the name block is cut short", kExitDamaged);
+    run.EndOnFailure(kCommand, options.archive, result);
+    target.Keep();
+    for (const std::string& pattern : selection.Unmatched()) {
+        Fail(kCommand, options.archive + ": nothing in the archive matches \"" + pattern + "\"");
     }
     if (!options.quiet) {
         std::cout << "Extracted " << extracted.size() << " of " << run.report.fileCount
@@ -116,9 +144,17 @@ void AddExtractCommand(CLI::App& app) {
     auto options = std::make_shared<ExtractOptions>();
     CLI::App* command = app.add_subcommand(
         "extract", "Extract an archive (plain .dcf or self-extracting) into a folder");
+    command->footer(
+        "MEMBERs select what is extracted: a name as 'dcf list' shows it, a folder with all it "
+        "holds, or a pattern with * ? [..] ('reports/2021/*'; quote it for the shell).");
     command->add_option("ARCHIVE", options->archive, "The archive file")->required();
-    command->add_option("-C,--directory", options->directory, "Target folder")
+    command->add_option("MEMBER", options->members, "Names or patterns of what to extract");
+    command->add_option("-C,--directory", options->directory, "Target folder, made when missing")
         ->capture_default_str();
+    command
+        ->add_option("--strip-components", options->strip,
+                     "Leave out N leading folders of each name; shorter names are skipped")
+        ->type_name("N");
     AddKeyOptions(*command, options->keys);
     command
         ->add_option("--overwrite", options->overwrite,

@@ -1,8 +1,11 @@
 // dcf list and dcf test: walk an archive with its key, decrypting and decompressing every
 // entry, and write nothing.
+#include <iomanip>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "archive/DcfReader.h"
 #include "platform/Text.h"
@@ -10,7 +13,10 @@
 #include "tools/dcf/ArchiveRun.h"
 #include "tools/dcf/ArchiveSource.h"
 #include "tools/dcf/Commands.h"
+#include "tools/dcf/EntrySelection.h"
 #include "tools/dcf/JsonText.h"
+#include "tools/dcf/KeyInput.h"
+#include "tools/dcf/SealDescription.h"
 #include "tools/dcf/ToolOutput.h"
 
 namespace dcf {
@@ -19,48 +25,71 @@ namespace {
 
 struct InspectOptions {
     std::string archive;
+    std::vector<std::string> members;
     KeyOptions keys;
     bool json = false;
+    bool longForm = false;
     bool quiet = false;
 };
 
-// Walks the archive; ends the command at the first damage, after `partial` has seen what was
-// read up to there.
-template <typename Partial>
-void Inspect(const std::string& command, const InspectOptions& options, ArchiveRun& run,
-             Partial partial) {
-    ImageSource source = OpenImage(command, options.archive);
+// What a walk found, narrowed to the entries that the MEMBERs select.
+struct Inspection {
+    ImageSource source;
+    ArchiveRun run;
+    std::vector<const ArchiveEntryInfo*> entries;
+    std::vector<const std::u16string*> folders;
+
+    explicit Inspection(bool showProgress) : run(showProgress) {}
+};
+
+// Walks the archive; ends the command at the first damage, or when a MEMBER selects nothing.
+void Inspect(const std::string& command, const InspectOptions& options, Inspection& inspection) {
+    inspection.source = OpenImage(command, options.archive);
     ArchiveExtractRequest request;
     request.sourcePath = PathFromArgument(options.archive);
     LoadKeys(command, options.archive, options.keys, request);
+    ArchiveRun& run = inspection.run;
     const FormatResult result =
-        InspectArchiveBody(source.stream, request, run.settings, run.report);
+        InspectArchiveBody(inspection.source.stream, request, run.settings, run.report);
     run.EndProgress();
-    partial(source);
-    if (result == FORMAT_FAILED) {
-        FailWithResult(command, options.archive + " (" + run.WhereItStopped() + ")", result);
+    run.EndOnFailure(command, options.archive, result);
+    EntrySelection selection(options.members, 0);
+    for (const std::u16string& folder : run.report.folders) {
+        if (selection.Selects(platform::Utf8ToUtf16(DisplayName(folder)))) {
+            inspection.folders.push_back(&folder);
+        }
     }
-    if (result != FORMAT_OK) {
-        FailWithResult(command, options.archive, result);
+    for (const ArchiveEntryInfo& entry : run.report.entries) {
+        if (selection.Selects(platform::Utf8ToUtf16(DisplayName(entry.name)))) {
+            inspection.entries.push_back(&entry);
+        }
     }
-    if (run.report.headerRead && !run.report.namesRead) {
-        FailWith(command, options.archive + ": damaged: the name block is cut short", kExitDamaged);
+    for (const std::string& pattern : selection.Unmatched()) {
+        Fail(command, options.archive + ": nothing in the archive matches \"" + pattern + "\"");
     }
 }
 
-void PrintJson(const ImageSource& source, const ArchiveReport& report) {
-    std::cout << "{\"selfExtracting\": " << (source.selfExtracting ? "true" : "false")
+// A category by its name, or by its identifier when it has none.
+std::string CategoryLabel(const Zelmarik::CDlpCategory& category) {
+    return platform::Utf16ToUtf8(category.Name.empty() ? category.Id.DebugLog() : category.Name);
+}
+
+void PrintJson(const Inspection& inspection) {
+    const ArchiveReport& report = inspection.run.report;
+    std::cout << "{\"selfExtracting\": " << (inspection.source.selfExtracting ? "true" : "false")
               << ", \"formatVersion\": " << static_cast<int>(report.formatVersion)
-              << ", \"suite\": " << report.suiteId << ", \"totalSize\": " << report.totalSize
-              << ",\n \"folders\": [";
-    for (std::size_t i = 0; i < report.folders.size(); ++i) {
-        std::cout << (i ? ", " : "") << JsonString(DisplayName(report.folders[i]));
+              << ", \"suite\": " << report.suiteId
+              << ", \"suiteName\": " << JsonString(SuiteInWords(report.suiteId))
+              << ", \"totalSize\": " << report.totalSize << ",\n \"folders\": [";
+    for (std::size_t i = 0; i < inspection.folders.size(); ++i) {
+        std::cout << (i ? ", " : "") << JsonString(DisplayName(*inspection.folders[i]));
     }
     std::cout << "],\n \"files\": [";
-    for (std::size_t i = 0; i < report.entries.size(); ++i) {
-        const ArchiveEntryInfo& entry = report.entries[i];
+    for (std::size_t i = 0; i < inspection.entries.size(); ++i) {
+        const ArchiveEntryInfo& entry = *inspection.entries[i];
         std::cout << (i ? ",\n  " : "\n  ") << "{\"name\": " << JsonString(DisplayName(entry.name))
-                  << ", \"size\": " << entry.size << ", \"categories\": [";
+                  << ", \"size\": " << entry.size << ", \"packedSize\": " << entry.packedSize
+                  << ", \"categories\": [";
         bool first = true;
         for (const auto& category : entry.categories.Categories) {
             std::cout << (first ? "" : ", ")
@@ -72,47 +101,83 @@ void PrintJson(const ImageSource& source, const ArchiveReport& report) {
     std::cout << "]}\n";
 }
 
-void PrintList(const ArchiveReport& report) {
-    for (const auto& folder : report.folders) {
-        std::cout << "            " << Printable(DisplayName(folder)) << "/\n";
+std::string CategoriesNote(const ArchiveEntryInfo& entry) {
+    const std::size_t count = entry.categories.Categories.size();
+    return count == 0 ? "" : "  [" + Counted(count, "category").substr(0) + "]";
+}
+
+void PrintShort(const Inspection& inspection) {
+    for (const std::u16string* folder : inspection.folders) {
+        std::cout << std::setw(12) << "" << Printable(DisplayName(*folder)) << "/\n";
     }
-    for (const auto& entry : report.entries) {
-        std::cout << std::string(11 - std::min<std::size_t>(11, std::to_string(entry.size).size()),
-                                 ' ')
-                  << entry.size << ' ' << Printable(DisplayName(entry.name))
-                  << (entry.categories.Categories.empty()
-                          ? ""
-                          : "  [" + std::to_string(entry.categories.Categories.size()) +
-                                " categories]")
+    for (const ArchiveEntryInfo* entry : inspection.entries) {
+        std::cout << std::setw(11) << entry->size << ' ' << Printable(DisplayName(entry->name))
+                  << CategoriesNote(*entry) << '\n';
+    }
+}
+
+void PrintLong(const Inspection& inspection) {
+    std::cout << std::setw(14) << "Size" << std::setw(14) << "Packed"
+              << "  Name\n";
+    for (const std::u16string* folder : inspection.folders) {
+        std::cout << std::setw(28) << ""
+                  << "  " << Printable(DisplayName(*folder)) << "/\n";
+    }
+    std::uint64_t size = 0;
+    std::uint64_t packed = 0;
+    for (const ArchiveEntryInfo* entry : inspection.entries) {
+        std::string categories;
+        for (const auto& category : entry->categories.Categories) {
+            categories += (categories.empty() ? "  [" : ", ") + CategoryLabel(category);
+        }
+        std::cout << std::setw(14) << entry->size << std::setw(14) << entry->packedSize << "  "
+                  << Printable(DisplayName(entry->name)) << categories << (categories.empty() ? "" : "]")
                   << '\n';
+        size += entry->size;
+        packed += entry->packedSize;
     }
+    std::cout << std::setw(14) << size << std::setw(14) << packed << "  "
+              << Counted(inspection.entries.size(), "file") << ", "
+              << Counted(inspection.folders.size(), "folder") << '\n';
 }
 
 void RunList(const InspectOptions& options) {
-    ArchiveRun run(false);
-    Inspect("list", options, run, [&](const ImageSource& source) {
-        if (options.json) {
-            PrintJson(source, run.report);
-        } else {
-            PrintList(run.report);
-        }
-    });
+    Inspection inspection(true);
+    Inspect("list", options, inspection);
+    if (options.json) {
+        PrintJson(inspection);
+    } else if (options.longForm) {
+        PrintLong(inspection);
+    } else {
+        PrintShort(inspection);
+    }
 }
 
 void RunTest(const InspectOptions& options) {
-    ArchiveRun run(!options.quiet);
-    Inspect("test", options, run, [](const ImageSource&) {});
-    if (!options.quiet) {
-        std::cout << options.archive << ": OK, " << Counted(run.report.entries.size(), "file")
-                  << ", " << Counted(run.report.folders.size(), "folder") << ", "
-                  << run.report.totalSize << " bytes\n";
+    Inspection inspection(!options.quiet);
+    Inspect("test", options, inspection);
+    if (options.quiet) {
+        return;
     }
+    std::uint64_t bytes = 0;
+    for (const ArchiveEntryInfo* entry : inspection.entries) {
+        bytes += entry->size;
+    }
+    std::cout << options.archive << ": OK, " << Counted(inspection.entries.size(), "file") << ", "
+              << Counted(inspection.folders.size(), "folder") << ", " << bytes << " bytes\n"
+              << "Cipher: " << SuiteInWords(inspection.run.report.suiteId) << " (suite "
+              << inspection.run.report.suiteId << "); opened by "
+              << (options.keys.keyFile.empty() ? "the password" : "the private key") << '\n';
 }
 
 CLI::App* AddInspectCommand(CLI::App& app, const char* name, const char* description,
                             const std::shared_ptr<InspectOptions>& options) {
     CLI::App* command = app.add_subcommand(name, description);
+    command->footer(
+        "MEMBERs select entries: a name as 'dcf list' shows it, a folder with all it holds, or a "
+        "pattern with * ? [..] ('reports/2021/*'; quote it for the shell).");
     command->add_option("ARCHIVE", options->archive, "The archive file")->required();
+    command->add_option("MEMBER", options->members, "Names or patterns of the entries to show");
     AddKeyOptions(*command, options->keys);
     return command;
 }
@@ -123,7 +188,11 @@ void AddListCommand(CLI::App& app) {
     auto options = std::make_shared<InspectOptions>();
     CLI::App* command = AddInspectCommand(
         app, "list", "List the folders and files of an archive (needs its key)", options);
-    command->add_flag("--json", options->json, "One JSON object instead of lines");
+    auto* json = command->add_flag("--json", options->json, "One JSON object instead of lines");
+    command
+        ->add_flag("-l,--long", options->longForm,
+                   "Size, packed size and categories by name, with a totals line")
+        ->excludes(json);
     command->callback([options] { RunList(*options); });
 }
 

@@ -1,4 +1,5 @@
 // dcf keygen: a new RSA key pair as PREFIX.privkey and PREFIX.pubkey.
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -30,6 +31,11 @@ void RunKeygen(const KeygenOptions& options) {
             }
         }
     }
+    const std::filesystem::path folder =
+        std::filesystem::path(PathFromArgument(privatePath)).parent_path();
+    if (!folder.empty() && !platform::IsDirectory(folder.u16string())) {
+        FailWith("keygen", options.prefix + ": its folder does not exist", kExitIo);
+    }
     std::cerr << "Generating a 4096-bit RSA key pair...\n";
     Zelmarik::GeneratedKeyPair pair;
     switch (Zelmarik::GenerateKeyPair(platform::Utf8ToUtf16(options.name), options.validityYears,
@@ -44,7 +50,8 @@ void RunKeygen(const KeygenOptions& options) {
     const platform::ErrorCode error = Zelmarik::WriteKeyPairFiles(
         pair, PathFromArgument(privatePath), PathFromArgument(publicPath), options.force);
     if (error != platform::kErrorSuccess) {
-        Fail("keygen", "cannot write " + options.prefix + ".*: " + DescribeError(error));
+        FailWith("keygen", "cannot write " + options.prefix + ".*: " + DescribeError(error),
+                 kExitIo);
     }
     std::cout << "Private key: " << privatePath << " (keep it secret)\n"
               << "Public key:  " << publicPath << '\n';

@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 
 #include "archive/ArchiveNames.h"
 #include "platform/File.h"
 #include "platform/Text.h"
-#include "tools/dcf/ArchiveOutput.h"
+#include "tools/dcf/EntrySelection.h"
 #include "tools/dcf/ToolOutput.h"
 
 namespace dcf {
@@ -15,6 +14,8 @@ namespace dcf {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr char16_t kRoot = u'/';
 
 // An absolute path without "." and ".." and without a final separator.
 fs::path Settled(const std::string& argument) {
@@ -25,49 +26,74 @@ fs::path Settled(const std::string& argument) {
     return path;
 }
 
+std::string Display(const fs::path& path) {
+    return Printable(path.native());
+}
+
 class Walker {
 public:
-    Walker(const std::string& command, bool quiet, SourceListing& listing)
-        : command_(command), quiet_(quiet), listing_(listing) {}
+    Walker(const std::string& command, const WalkOptions& options, SourceListing& listing)
+        : command_(command), options_(options), listing_(listing) {}
 
-    void Add(const fs::path& path) {
-        const std::u16string name = path.filename().u16string();
-        if (name.find(u'\\') != std::u16string::npos) {
-            Note(path, "a backslash separates names in an archive, left out");
-            return;
-        }
-        if (!IsPortableArchiveName(u'\\' + name)) {
-            Note(path,
-                 "a name that Windows can't extract (a ':', a device name such as CON, or a "
-                 "final dot or blank), left out");
-            return;
-        }
-        std::error_code error;
-        const fs::file_status link = fs::symlink_status(path, error);
-        if (error) {
-            FailWith(command_, Display(path) + ": " + error.message(), kExitIo);
-        }
-        if (fs::is_symlink(link) && fs::is_directory(fs::status(path, error))) {
-            Note(path, "a link to a folder, not followed");
-            return;
-        }
-        const fs::file_status status = fs::status(path, error);
-        if (fs::is_directory(status)) {
-            AddFolder(path);
-        } else if (fs::is_regular_file(status)) {
-            AddFile(path);
-        } else {
-            Note(path, "neither a file nor a folder, left out");
+    // A path given to create, stored under its last name.
+    void AddGiven(const fs::path& path) {
+        if (CanStore(path)) {
+            Add(path, platform::Utf8ToUtf16(path.filename().native()));
         }
     }
 
 private:
-    void AddFolder(const fs::path& path) {
-        ArchiveWriteItem item;
-        item.path = path.u16string();
-        item.isFolder = true;
-        listing_.items.push_back(std::move(item));
-        ++listing_.folders;
+    // `name`: the path's name in the archive, "reports/2021/a.txt".
+    void Add(const fs::path& path, const std::u16string& name) {
+        std::error_code error;
+        const fs::file_status link = fs::symlink_status(path, error);
+        const fs::file_status status = fs::status(path, error);
+        if (!options_.archive.empty() && fs::equivalent(path, options_.archive, error)) {
+            return LeaveOut(path, "the archive being written");
+        }
+        if (IsExcluded(options_.excluded, name)) {
+            return LeaveOut(path, "matched by --exclude");
+        }
+        if (fs::is_symlink(link)) {
+            if (fs::is_directory(status)) {
+                return LeaveOut(path, "a link to a folder, not followed");
+            }
+            if (fs::is_regular_file(status)) {
+                Note(command_, Display(path) + ": a link: the file it points to is stored");
+            }
+        }
+        if (fs::is_directory(status)) {
+            AddFolder(path, name);
+        } else if (fs::is_regular_file(status)) {
+            AddFile(path, name);
+        } else {
+            LeaveOut(path, fs::is_symlink(link) ? "a link that points nowhere"
+                                                : "neither a file nor a folder");
+        }
+    }
+
+    // Whether a name that the folder holds can be stored; a note for one that can't.
+    bool CanStore(const fs::path& path) {
+        const std::string bytes = path.filename().native();
+        if (!platform::IsWellFormedUtf8(bytes)) {
+            LeaveOut(path, "a name that is not UTF-8 (the archive holds UTF-16 names)");
+            return false;
+        }
+        const std::u16string name = platform::Utf8ToUtf16(bytes);
+        if (name.find(u'\\') != std::u16string::npos) {
+            LeaveOut(path, "a backslash separates names in an archive");
+            return false;
+        }
+        if (!IsPortableArchiveName(u'\\' + name)) {
+            LeaveOut(path,
+                     "a name that Windows can't extract (a ':', a device name such as CON, or a "
+                     "final dot or blank)");
+            return false;
+        }
+        return true;
+    }
+
+    void AddFolder(const fs::path& path, const std::u16string& name) {
         std::vector<fs::path> children;
         std::error_code error;
         for (fs::directory_iterator it(path, error), end; !error && it != end;
@@ -75,77 +101,101 @@ private:
             children.push_back(it->path());
         }
         if (error) {
-            FailWith(command_, Display(path) + ": " + error.message(), kExitIo);
+            return LeaveOut(path, error.message() + ", with all it holds");
         }
+        ArchiveWriteItem item;
+        item.path = kRoot + name;
+        item.isFolder = true;
+        listing_.items.push_back(std::move(item));
+        ++listing_.folders;
         std::sort(children.begin(), children.end());
         for (const fs::path& child : children) {
-            Add(child);
+            if (CanStore(child)) {
+                Add(child, name + u'/' + platform::Utf8ToUtf16(child.filename().native()));
+            }
         }
     }
 
-    void AddFile(const fs::path& path) {
+    void AddFile(const fs::path& path, const std::u16string& name) {
         ArchiveWriteItem item;
-        item.path = path.u16string();
+        item.path = kRoot + name;
+        const std::u16string real = platform::Utf8ToUtf16(path.native());
         platform::File probe;
-        const platform::ErrorCode error = probe.Open(item.path, platform::OpenMode::Read);
-        if (error != platform::kErrorSuccess || probe.Size(item.size) != platform::kErrorSuccess) {
-            Note(path, DescribeError(error) + "; stored as an empty file");
-            item.size = 0;
+        platform::ErrorCode error = probe.Open(real, platform::OpenMode::Read);
+        if (error == platform::kErrorSuccess) {
+            error = probe.Size(item.size);
         }
+        if (error != platform::kErrorSuccess) {
+            return LeaveOut(path, DescribeError(error));
+        }
+        listing_.realPaths[item.path] = real;
         listing_.totalSize += item.size;
         listing_.items.push_back(std::move(item));
         ++listing_.files;
     }
 
-    void Note(const fs::path& path, const std::string& what) const {
-        if (!quiet_) {
-            std::cerr << "dcf " << command_ << ": " << Display(path) << ": " << what << '\n';
-        }
-    }
-    static std::string Display(const fs::path& path) {
-        return platform::Utf16ToUtf8(path.u16string());
+    void LeaveOut(const fs::path& path, const std::string& why) {
+        Note(command_, Display(path) + ": " + why + "; left out");
+        ++listing_.leftOut;
     }
 
     const std::string& command_;
-    bool quiet_;
+    const WalkOptions& options_;
     SourceListing& listing_;
 };
+
+void OpenRealPath(std::u16string* path, void* context) {
+    const auto& listing = *static_cast<const SourceListing*>(context);
+    const auto real = listing.realPaths.find(*path);
+    // A path that was not listed opens nothing, rather than what the made-up one names.
+    *path = real != listing.realPaths.end() ? real->second : std::u16string();
+}
 
 }  // namespace
 
 SourceListing ListSources(const std::string& command, const std::vector<std::string>& paths,
-                          bool quiet) {
+                          const WalkOptions& options) {
     SourceListing listing;
+    listing.rootPath = std::u16string(1, kRoot);
     std::vector<fs::path> settled;
+    std::map<std::u16string, std::string> named;  // the name of each path, and its argument
     for (const std::string& argument : paths) {
-        settled.push_back(Settled(argument));
-        if (!settled.back().has_filename() || !settled.back().has_parent_path()) {
+        const fs::path path = Settled(argument);
+        if (!path.has_filename() || !path.has_parent_path()) {
             FailWith(command, argument + ": the root of a file system can't be archived by name",
                      kExitUsage);
         }
-        if (settled.back().parent_path() != settled.front().parent_path()) {
-            FailWith(command,
-                     argument + ": all paths must lie in one folder, the root of the names",
-                     kExitUsage);
-        }
         std::error_code error;
-        if (!fs::exists(fs::symlink_status(settled.back(), error))) {
+        if (!fs::exists(fs::symlink_status(path, error))) {
             FailWith(command, argument + ": no such file or folder", kExitIo);
         }
-    }
-    listing.rootPath = settled.front().u16string();
-    Walker walker(command, quiet, listing);
-    for (auto it = settled.begin(); it != settled.end(); ++it) {
-        if (std::find(settled.begin(), it, *it) == it) {  // a path given twice is listed once
-            walker.Add(*it);
+        if (std::find(settled.begin(), settled.end(), path) != settled.end()) {
+            continue;  // a path given twice is listed once
         }
+        const std::u16string name = platform::Utf8ToUtf16(path.filename().native());
+        if (const auto other = named.find(name); other != named.end()) {
+            FailWith(command,
+                     other->second + " and " + argument + " would both be stored as " +
+                         platform::Utf16ToUtf8(name) + "; give them in separate archives",
+                     kExitUsage);
+        }
+        named[name] = argument;
+        settled.push_back(path);
+    }
+    Walker walker(command, options, listing);
+    for (const fs::path& path : settled) {
+        walker.AddGiven(path);
     }
     return listing;
 }
 
-std::string NameUnderRoot(const SourceListing& listing, const std::u16string& path) {
-    const std::size_t start = listing.rootPath.find_last_of(platform::kPathSeparator) + 1;
-    return platform::Utf16ToUtf8(std::u16string_view(path).substr(start));
+std::string NameUnderRoot(const ArchiveWriteItem& item) {
+    return platform::Utf16ToUtf8(std::u16string_view(item.path).substr(1));
+}
+
+void ReadRealPaths(const SourceListing& listing, DCCArchiveUserSettings& settings) {
+    settings.onFileOpening = OpenRealPath;
+    settings.callbackContexts[CALLBACK_FILE_OPENING] = const_cast<SourceListing*>(&listing);
 }
 
 }  // namespace dcf

@@ -36,14 +36,4 @@ TEST(TaggerException, NullContextLeavesTheDescriptionOut) {
     EXPECT_STREQ(empty.what(), "Invalid arguments");
 }
 
-TEST(TaggerException, IsCaughtAsItsBases) {
-    try {
-        throw Zelmarik::TaggerException(kSource, 1, 2, 1, nullptr, "x");
-    } catch (const Zelmarik::SystemException& error) {
-        EXPECT_EQ(error.ErrorCode, 2);
-        return;
-    }
-    FAIL() << "not caught as SystemException";
-}
-
 }  // namespace

@@ -9,6 +9,7 @@
 #include "crypto/CipherSuite.h"
 #include "crypto/Hashes.h"
 #include "tests/crypto/primitives/HexBytes.h"
+#include "tests/crypto/primitives/Sha1PathLoop.h"
 
 namespace crypto {
 namespace {
@@ -165,14 +166,27 @@ TEST(DeriveKey, RefusesParametersItCannotHonour) {
     EXPECT_EQ(DeriveKey(HmacSha256, 32, AsBytes("pw"), AsBytes("salt"), 0, derived), 1);
 }
 
-TEST(Sha1Transform, CompressesTheSingleBlockOfAbc) {
-    std::array<std::uint8_t, 64> block{'a', 'b', 'c', 0x80};
-    block[63] = 24;  // message length in bits
-    std::array<std::uint32_t, 5> state = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476,
-                                          0xC3D2E1F0};
-    Sha1Transform(state, block);
-    EXPECT_EQ(state, (std::array<std::uint32_t, 5>{0xA9993E36, 0x4706816A, 0xBA3E2571, 0x7850C26C,
-                                                   0x9CD0D89D}));
+TEST(Sha1Transform, CompressesTheSingleBlockOfAbcAloneAndInPairs) {
+    std::array<std::uint8_t, 64> abc{'a', 'b', 'c', 0x80};
+    abc[63] = 24;  // message length in bits
+    const std::array<std::uint8_t, 64> empty{0x80};
+    const std::array<std::uint32_t, 5> initial = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476,
+                                                  0xC3D2E1F0};
+    const std::array<std::uint32_t, 5> abcDigest = {0xA9993E36, 0x4706816A, 0xBA3E2571, 0x7850C26C,
+                                                    0x9CD0D89D};
+    const std::array<std::uint32_t, 5> emptyDigest = {0xDA39A3EE, 0x5E6B4B0D, 0x3255BFEF,
+                                                      0x95601890, 0xAFD80709};
+    test::OnEachSha1Path([&] {
+        std::array<std::uint32_t, 5> state = initial;
+        Sha1Transform(state, abc);
+        EXPECT_EQ(state, abcDigest);
+        // Each of a pair keeps to its own state and block.
+        std::array<std::uint32_t, 5> first = initial;
+        std::array<std::uint32_t, 5> second = initial;
+        Sha1TransformPair(first, empty, second, abc);
+        EXPECT_EQ(first, emptyDigest);
+        EXPECT_EQ(second, abcDigest);
+    });
 }
 
 TEST(Crc32, GivesTheCheckValues) {

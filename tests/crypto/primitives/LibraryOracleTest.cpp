@@ -35,6 +35,7 @@
 #include "crypto/Hashes.h"
 #include "crypto/detail/BlockCiphers.h"
 #include "tests/crypto/primitives/AesPathFixture.h"
+#include "tests/crypto/primitives/Sha1PathLoop.h"
 
 namespace crypto {
 namespace {
@@ -191,25 +192,45 @@ TEST(HashesAgainstOpenSsl, Sha256HmacAndPbkdf2Match) {
     }
 }
 
-TEST(Sha1TransformAgainstOpenSsl, MatchesForAnyStateAndBlock) {
-    std::mt19937 random(6);
-    for (int trial = 0; trial < kTrials; ++trial) {
-        const Bytes block = RandomBytes(random, 64);
-        std::array<std::uint32_t, 5> state;
-        for (auto& word : state) {
-            word = static_cast<std::uint32_t>(random());
+using Sha1State = std::array<std::uint32_t, 5>;
+
+Sha1State OpenSslSha1Transform(const Sha1State& state, const Bytes& block) {
+    SHA_CTX reference{};
+    reference.h0 = state[0];
+    reference.h1 = state[1];
+    reference.h2 = state[2];
+    reference.h3 = state[3];
+    reference.h4 = state[4];
+    SHA1_Transform(&reference, block.data());
+    return {reference.h0, reference.h1, reference.h2, reference.h3, reference.h4};
+}
+
+TEST(Sha1TransformAgainstOpenSsl, MatchesForAnyStateAndBlockAloneAndInPairs) {
+    test::OnEachSha1Path([] {
+        std::mt19937 random(6);
+        const auto randomState = [&random] {
+            Sha1State state;
+            for (auto& word : state) {
+                word = static_cast<std::uint32_t>(random());
+            }
+            return state;
+        };
+        for (int trial = 0; trial < kTrials; ++trial) {
+            const Bytes block = RandomBytes(random, 64);
+            const Bytes other = RandomBytes(random, 64);
+            const Sha1State start = randomState();
+            const Sha1State otherStart = randomState();
+            Sha1State state = start;
+            Sha1Transform(state, std::span<const std::uint8_t, 64>(block.data(), 64));
+            ASSERT_EQ(state, OpenSslSha1Transform(start, block));
+            state = start;
+            Sha1State otherState = otherStart;
+            Sha1TransformPair(state, std::span<const std::uint8_t, 64>(block.data(), 64),
+                              otherState, std::span<const std::uint8_t, 64>(other.data(), 64));
+            ASSERT_EQ(state, OpenSslSha1Transform(start, block));
+            ASSERT_EQ(otherState, OpenSslSha1Transform(otherStart, other));
         }
-        SHA_CTX reference{};
-        reference.h0 = state[0];
-        reference.h1 = state[1];
-        reference.h2 = state[2];
-        reference.h3 = state[3];
-        reference.h4 = state[4];
-        SHA1_Transform(&reference, block.data());
-        Sha1Transform(state, std::span<const std::uint8_t, 64>(block.data(), 64));
-        ASSERT_EQ(state, (std::array<std::uint32_t, 5>{reference.h0, reference.h1, reference.h2,
-                                                       reference.h3, reference.h4}));
-    }
+    });
 }
 
 template <typename CryptoppEncryption, typename... Extra>

@@ -5,7 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "crypto/Hashes.h"
 #include "crypto/random/PoolState.h"
+#include "tests/crypto/primitives/HexBytes.h"
+#include "tests/crypto/primitives/Sha1PathLoop.h"
 
 namespace crypto::random {
 namespace {
@@ -180,6 +183,39 @@ TEST_F(PoolStateTest, SlowPollGoesInBeforeTheCopyAndFastPollsAroundTheInversion)
         EXPECT_EQ(out[k], copiedFrom[k] ^ expected[16 + k]) << k;
     }
     EXPECT_EQ(Snapshot(pool), expected);
+}
+
+// Fixed inputs give fixed bytes: any change to the mixing or the output steps, or a faster SHA-1
+// that is not the same function, shows here. The values come from an independent model of the
+// pool written from its description.
+TEST(PoolStateKnownAnswer, FixedPollsGiveFixedBytesOnEachSha1Path) {
+    test::OnEachSha1Path([] {
+        CarriedPoolState carried;
+        PoolState pool{carried};
+        ScriptedSources sources;
+        for (std::size_t i = 0; i < 600; ++i) {  // enough to wrap the write position
+            sources.slowBytes.push_back(static_cast<std::uint8_t>(i * 37 + 11));
+        }
+        sources.fastBytes = {0x5A, 0xC3, 0x00, 0xFF, 0x10};
+        std::array<std::uint8_t, 64> first{};
+        std::array<std::uint8_t, 16> second{};
+        pool.GetBytes(sources, first.data(), first.size(), true);
+        pool.GetBytes(sources, second.data(), second.size(), false);
+        EXPECT_EQ(test::ToHex(first),
+                  "6e393d0eaf47797240ccc0d5483e577e1ccbee8289a6c8830937c2dcf1a93fa0"
+                  "d48ef574b28a4a3f5bfd542a3a8f1cc92cdd0aaed656664bdb2c80a77c8e6f62");
+        EXPECT_EQ(test::ToHex(second), "2b351d91f8667b6d188d04c343c0e0e1");
+        EXPECT_EQ(pool.WritePos(), 108u);
+        EXPECT_EQ(carried.readPos, 160u);
+
+        Sha256Context context;
+        Sha256Init(context);
+        Sha256Update(context, pool.Bytes());
+        std::array<std::uint8_t, kSha256DigestSize> digest{};
+        Sha256Final(context, digest);
+        EXPECT_EQ(test::ToHex(digest),
+                  "26b6c80756a9a6028e7efb7cf21103d721564e6323a9b51e8a00c5612c6e5125");
+    });
 }
 
 }  // namespace

@@ -8,10 +8,13 @@ namespace {
 
 TEST(StubEntry, WithoutBothKeyAndTargetTheInteractiveWayWithoutTerminalShowsHelp) {
     // Test runs have no terminal on their standard streams, so the interactive front end
-    // explains the stub instead of asking.
+    // explains the stub instead of asking, in the words of a terminal program.
     testing::internal::CaptureStdout();
     WriteHelpText();
     const std::string help = testing::internal::GetCapturedStdout();
+    for (const char* wrong : {"GUI", "to for", "\r"}) {
+        EXPECT_EQ(help.find(wrong), std::string::npos) << wrong;
+    }
     for (const auto& tokens : std::vector<std::vector<std::u16string>>{
              {}, {u"-key", u"k"}, {u"-target", u"t"}, {u"-source", u"s"}, {u"unknown"}}) {
         ExtractionParameters = CExtractionParameters();

@@ -12,6 +12,7 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -102,9 +103,9 @@ public:
         }
     }
 
-    void Type(const std::string& line) {
-        const std::string typed = line + "\n";
-        ASSERT_EQ(write(master_, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
+    void Type(const std::string& line) { TypeKeys(line + "\n"); }
+    void TypeKeys(const std::string& keys) {
+        ASSERT_EQ(write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
 
     // Waits until the program has switched echo off, so a password typed now is not shown.
@@ -227,13 +228,48 @@ TEST_F(TerminalFrontEndTest, MissingCredentialsAreAskedForAgain) {
     EXPECT_TRUE(fs::exists(extracted_ / "d" / "b.txt"));
 }
 
-TEST_F(TerminalFrontEndTest, WrongPasswordEndsWithTheFailureLine) {
+TEST_F(TerminalFrontEndTest, WrongPasswordSaysWhyAndLeavesNoFolderBehind) {
+    target_ = folder_.Native() / "new" / "deeper";
     TerminalSession session(program_);
     ASSERT_TRUE(session.Started());
     Answer(session, "", "not the password");
-    EXPECT_TRUE(session.WaitFor("Extraction has failed")) << session.Output();
+    EXPECT_TRUE(session.WaitFor("Extraction has failed: wrong password or private key"))
+        << session.Output();
     EXPECT_EQ(session.ExitStatus(), 0);
-    EXPECT_FALSE(fs::exists(extracted_ / "a.txt"));
+    EXPECT_FALSE(fs::exists(folder_.Native() / "new"));  // every level it made is gone again
+}
+
+TEST_F(TerminalFrontEndTest, TypedPathsExpandTheHomeFolderAndCompleteWithTab) {
+    const fs::path home = folder_.Native() / "home";
+    fs::create_directories(home / "keys");
+    fs::create_directories(home / "outside");
+    const char* saved = std::getenv("HOME");
+    const std::string savedHome = saved != nullptr ? saved : "";
+    setenv("HOME", home.c_str(), 1);
+    TerminalSession session(program_);
+    saved != nullptr ? setenv("HOME", savedHome.c_str(), 1) : unsetenv("HOME");
+    ASSERT_TRUE(session.Started());
+    ASSERT_TRUE(session.WaitFor("Extract to [")) << session.Output();
+    // "~/o" and Tab: the one folder that fits, completed with its separator.
+    session.TypeKeys("~/o\t");
+    ASSERT_TRUE(session.WaitFor("~/outside/")) << session.Output();
+    session.Type("");
+    ASSERT_TRUE(session.WaitFor("Private key (empty for a password): ")) << session.Output();
+    session.Type("");
+    ASSERT_TRUE(session.WaitFor("Password: ")) << session.Output();
+    ASSERT_TRUE(session.WaitForEchoOff());
+    session.Type("secret");
+    EXPECT_TRUE(session.WaitFor("Extraction has successfully finished")) << session.Output();
+    EXPECT_EQ(session.ExitStatus(), 0);
+    EXPECT_EQ(ReadBytes(home / "outside" / "demo" / "a.txt"), Text("first file\n"));
+}
+
+TEST_F(TerminalFrontEndTest, AStubWithoutArchiveSaysSoBeforeAsking) {
+    TerminalSession session(VOMDREL_PATH);
+    ASSERT_TRUE(session.Started());
+    EXPECT_TRUE(session.WaitFor("carries no archive")) << session.Output();
+    EXPECT_EQ(session.ExitStatus(), 0);
+    EXPECT_EQ(session.Output().find("Extract to"), std::string::npos) << session.Output();
 }
 
 TEST_F(TerminalFrontEndTest, ReplaceQuestionsKeepOrReplaceEachFile) {
@@ -243,11 +279,11 @@ TEST_F(TerminalFrontEndTest, ReplaceQuestionsKeepOrReplaceEachFile) {
     TerminalSession session(program_);
     ASSERT_TRUE(session.Started());
     Answer(session, "", "secret");
-    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel: ")) << session.Output();
     session.Type("maybe");  // not an answer: asked again
-    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel: ")) << session.Output();
     session.Type("n");
-    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+    ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel: ")) << session.Output();
     session.Type("y");
     EXPECT_TRUE(session.WaitFor("Extraction has successfully finished")) << session.Output();
     EXPECT_EQ(session.ExitStatus(), 0);
@@ -263,7 +299,7 @@ TEST_F(TerminalFrontEndTest, CancelAtAReplaceQuestionKeepsFinishedFiles) {
         TerminalSession session(program_);
         ASSERT_TRUE(session.Started());
         Answer(session, "", "secret");
-        ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel? ")) << session.Output();
+        ASSERT_TRUE(session.WaitFor("[y]es, [n]o, [c]ancel: ")) << session.Output();
         if (cancel == "c") {
             session.Type("c");
         } else {

@@ -1,5 +1,5 @@
 // The stub's resources as built: each dialog template against the layout table, the icon
-// group, the manifest, and the executable's subsystem and imports.
+// group, the manifest, the version, and the executable's subsystem and imports.
 
 #include <windows.h>
 
@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "DcfVersion.h"
 #include "tests/frontend/win32/BuiltStub.h"
 #include "tests/frontend/win32/ResourceReader.h"
 
@@ -203,6 +204,30 @@ TEST(StubResources, GuiProgramThatNeedsOnlySystemLibraries) {
                     dll.rfind("api-ms-win-", 0) == 0)
             << dll << " is not part of the system";
     }
+}
+
+// Explorer's Details show the version of the build, in numbers and as text.
+TEST(StubResources, VersionResourceCarriesTheBuildsVersion) {
+    const tests::ResourceModule stub(tests::BuiltStubPath());
+    ASSERT_TRUE(stub.Loaded());
+    const std::vector<std::uint8_t> bytes = stub.Bytes(RT_VERSION, VS_VERSION_INFO);
+    const std::uint8_t signature[] = {0xBD, 0x04, 0xEF, 0xFE};
+    const auto fixed = std::search(bytes.begin(), bytes.end(), signature, signature + 4);
+    ASSERT_GE(bytes.end() - fixed, static_cast<std::ptrdiff_t>(sizeof(VS_FIXEDFILEINFO)));
+    VS_FIXEDFILEINFO info;
+    std::memcpy(&info, &*fixed, sizeof(info));
+    EXPECT_EQ(info.dwFileVersionMS, DWORD{DCF_VERSION_MAJOR} << 16 | DCF_VERSION_MINOR);
+    EXPECT_EQ(info.dwFileVersionLS, DWORD{DCF_VERSION_PATCH} << 16);
+    EXPECT_EQ(info.dwProductVersionMS, info.dwFileVersionMS);
+    // "FileVersion", its terminator and the padding to 32 bits, then the text.
+    std::u16string units(bytes.size() / 2, u'\0');
+    std::memcpy(units.data(), bytes.data(), units.size() * 2);
+    const std::size_t key = units.find(u"FileVersion");
+    ASSERT_NE(key, std::u16string::npos);
+    const std::size_t value = units.find_first_not_of(u'\0', key + 11);
+    const std::string expected = DCF_VERSION_TEXT;
+    EXPECT_TRUE(units.compare(value, expected.size() + 1,
+                              std::u16string(expected.begin(), expected.end()) + u'\0') == 0);
 }
 
 }  // namespace

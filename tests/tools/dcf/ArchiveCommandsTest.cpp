@@ -86,9 +86,13 @@ TEST_F(ArchiveCommandsTest, PlainAndSelfExtractingFilesReadAlike) {
         EXPECT_EQ(json["imageOffset"], offset);
         EXPECT_EQ(json["imageSize"], image_.size());
         EXPECT_EQ(json["categoriesIntact"], true);
+        EXPECT_NE(json["keyBlock"].get<std::string>().find("password slot"), std::string::npos);
         ASSERT_EQ(json["categories"].size(), 1u);
-        EXPECT_NE(json["categories"][0]["id"].get<std::string>().find("04030201"),
-                  std::string::npos);
+        const auto& category = json["categories"][0];
+        EXPECT_NE(category["id"].get<std::string>().find("04030201"), std::string::npos);
+        for (const char* field : {"kind", "kindName", "priority", "hasPriority", "unified"}) {
+            EXPECT_TRUE(category.contains(field)) << field;  // the text output shows them too
+        }
     }
     // Quiet means no output at all.
     const Outcome quiet = Dcf("extract archive.dcf -q --overwrite replace -C q" + WithPassword());
@@ -100,26 +104,35 @@ TEST_F(ArchiveCommandsTest, ListAndTestReadEveryEntryAndWriteNothing) {
     const Outcome listed = Dcf("list --json archive.dcf" + WithPassword());
     ASSERT_EQ(listed.code, 0) << listed.err;
     const auto json = nlohmann::json::parse(listed.out);
-    EXPECT_EQ(json["selfExtracting"], false);
     EXPECT_EQ(json["formatVersion"], 3);
     EXPECT_EQ(json["suite"], 1);
-    EXPECT_EQ(json["totalSize"], 5020);
+    EXPECT_EQ(json["suiteName"], "AES with a 256-bit key");
     EXPECT_EQ(json["folders"], nlohmann::json::array({"d"}));
     ASSERT_EQ(json["files"].size(), 2u);
     EXPECT_EQ(json["files"][0]["name"], "d/a");
     EXPECT_EQ(json["files"][0]["size"], 5000);
+    // The entry's header, tag block and three chunks, as the image holds them.
+    EXPECT_EQ(json["files"][0]["packedSize"], at_[10] - at_[5]);
     EXPECT_EQ(json["files"][0]["categories"].size(), 1u);
-    EXPECT_EQ(json["files"][1]["name"], "d/b");
     EXPECT_TRUE(json["files"][1]["categories"].empty());
 
     const Outcome plain = Dcf("list archive.dcf" + WithPassword());
     ASSERT_EQ(plain.code, 0);
-    EXPECT_NE(plain.out.find(" 5000 d/a  [1 categories]\n"), std::string::npos) << plain.out;
+    EXPECT_NE(plain.out.find(" 5000 d/a  [1 category]\n"), std::string::npos) << plain.out;
     EXPECT_NE(plain.out.find("   20 d/b\n"), std::string::npos) << plain.out;
+    const Outcome longForm = Dcf("list -l archive.dcf" + WithPassword());
+    ASSERT_EQ(longForm.code, 0);
+    EXPECT_NE(longForm.out.find(std::to_string(at_[10] - at_[5]) + "  d/a  ["), std::string::npos)
+        << longForm.out;
+    EXPECT_NE(longForm.out.find(std::to_string(image_.size() - at_[5]) + "  2 files, 1 folder\n"),
+              std::string::npos)
+        << longForm.out;
 
     const Outcome tested = Dcf("test archive.dcf" + WithPassword());
     ASSERT_EQ(tested.code, 0) << tested.err;
     EXPECT_NE(tested.out.find("OK, 2 files, 1 folder, 5020 bytes"), std::string::npos);
+    EXPECT_NE(tested.out.find("AES with a 256-bit key (suite 1); opened by the password"),
+              std::string::npos);
     EXPECT_FALSE(fs::exists(Path("d")));
 
     // Damage in the first file's compressed data is found by test and named by its entry.
@@ -147,9 +160,43 @@ TEST_F(ArchiveCommandsTest, ListEscapesControlCharactersOfNames) {
               "2J\xC3\xA9\ttab");
 }
 
+TEST_F(ArchiveCommandsTest, MembersSelectEntriesByNameOrPattern) {
+    const auto names = [&](const std::string& arguments) {
+        const Outcome listed = Dcf("list --json archive.dcf " + arguments + WithPassword());
+        EXPECT_EQ(listed.code, 0) << listed.err;
+        const auto json = nlohmann::json::parse(listed.out);
+        std::vector<std::string> found;
+        for (const auto& file : json["files"]) {
+            found.push_back(file["name"]);
+        }
+        return found;
+    };
+    EXPECT_EQ(names("d/b"), std::vector<std::string>{"d/b"});
+    EXPECT_EQ(names("'d/[!b]'"), std::vector<std::string>{"d/a"});
+    EXPECT_EQ(names("d/"), (std::vector<std::string>{"d/a", "d/b"}));  // a folder, all it holds
+
+    ASSERT_EQ(Dcf("extract archive.dcf 'd/?' -C one --strip-components 1" + WithPassword()).code,
+              0);
+    EXPECT_EQ(ReadAll(Path("one/b")), std::string(20, 'b'));
+    EXPECT_TRUE(fs::exists(Path("one/a")));
+    ASSERT_EQ(Dcf("extract archive.dcf d/b -C two" + WithPassword()).code, 0);
+    EXPECT_TRUE(fs::exists(Path("two/d/b")));
+    EXPECT_FALSE(fs::exists(Path("two/d/a")));
+    // Names with nothing left after the strip are skipped.
+    ASSERT_EQ(Dcf("extract archive.dcf -C none --strip-components 2" + WithPassword()).code, 0);
+    EXPECT_TRUE(fs::is_empty(Path("none")));
+
+    for (const std::string command : {"list", "test", "extract"}) {
+        const Outcome unmatched = Dcf(command + " archive.dcf d/zz" + WithPassword());
+        EXPECT_EQ(unmatched.code, 1) << command;
+        ExpectOneLine(unmatched, command, "nothing in the archive matches \"d/zz\"");
+    }
+}
+
 TEST_F(ArchiveCommandsTest, PasswordSources) {
-    // The first line of the file counts, without its line end, whatever the line end is.
-    for (const std::string text : {"secret", "secret\r\nsecond line", "secret\nsecond line"}) {
+    // The first line of the file counts, without its line end and a byte order mark.
+    for (const std::string text :
+         {"secret", "secret\r\nsecond line", "secret\nsecond line", "\xEF\xBB\xBFsecret\n"}) {
         WriteAll(PasswordFile(), text);
         EXPECT_EQ(Dcf("test -q archive.dcf" + WithPassword()).code, 0) << text;
     }
@@ -162,24 +209,36 @@ TEST_F(ArchiveCommandsTest, PasswordSources) {
     EXPECT_EQ(wrong.code, kBadKey);
     ExpectOneLine(wrong, "test", "archive.dcf");
 
+    // An empty password opens nothing of ours: it is refused, whatever it came from.
+    WriteAll(PasswordFile(), std::string("\n"));
+    for (const auto& [arguments, input] :
+         {std::pair<std::string, std::string>{WithPassword(), ""}, {" --password-stdin", ""}}) {
+        const Outcome empty = Dcf("test archive.dcf" + arguments, input);
+        EXPECT_EQ(empty.code, kUsage) << arguments;
+        ExpectOneLine(empty, "test", "the password is empty");
+    }
+
     const Outcome missing = Dcf("test archive.dcf --password-file nowhere");
     EXPECT_EQ(missing.code, kIo);
-    ExpectOneLine(missing, "test", "nowhere");
+    ExpectOneLine(missing, "test", "nowhere: No such file or directory");
+    const Outcome folder = Dcf("test archive.dcf --password-file .");
+    EXPECT_EQ(folder.code, kIo);
+    ExpectOneLine(folder, "test", ".: Is a directory");
 
-    // No key option and no terminal to ask on: a usage error, and nothing is read.
+    // No key option and no terminal to ask on: a usage error, and no target folder is made.
     const Outcome none = Dcf("extract archive.dcf -C none");
     EXPECT_EQ(none.code, kUsage);
     ExpectOneLine(none, "extract", "--password-file");
-    EXPECT_FALSE(fs::exists(Path("none") / "d"));
+    EXPECT_FALSE(fs::exists(Path("none")));
 
     // Two key options at once are refused by the command line.
     EXPECT_EQ(Dcf("list archive.dcf --password-stdin" + WithPassword()).code, kUsage);
 }
 
-TEST_F(ArchiveCommandsTest, ExitCodesByClassOfFailure) {
+TEST_F(ArchiveCommandsTest, ExitCodesAndMessagesByClassOfFailure) {
     const Outcome absent = Dcf("extract nothing.dcf -C out" + WithPassword());
     EXPECT_EQ(absent.code, kIo);
-    ExpectOneLine(absent, "extract", "nothing.dcf");
+    ExpectOneLine(absent, "extract", "nothing.dcf: No such file or directory");
 
     Bytes badHeader = image_;
     badHeader[at_[2] + 3] ^= 1;
@@ -187,21 +246,55 @@ TEST_F(ArchiveCommandsTest, ExitCodesByClassOfFailure) {
     const Outcome damaged = Dcf("extract bad.dcf -C out" + WithPassword());
     EXPECT_EQ(damaged.code, kDamaged);
     ExpectOneLine(damaged, "extract", "bad.dcf (in the folder header)");
+    EXPECT_FALSE(fs::exists(Path("out")));  // the folder it made for nothing is gone
+
+    // A name that would leave the target is named as such, before anything is written.
+    WriteAll(Path("escape.dcf"),
+             tests::BuildImage(tests::ImageSettings{}, {},
+                               {{u"\\ok", Bytes(3, 'o'), {}}, {u"\\..\\evil", Bytes(4, 'e'), {}}}));
+    const Outcome escape = Dcf("extract escape.dcf -C out/deep" + WithPassword());
+    EXPECT_EQ(escape.code, kDamaged);
+    ExpectOneLine(escape, "extract", "would leave the target folder, \"../evil\"");
+    EXPECT_FALSE(fs::exists(Path("out")));
 
     WriteAll(Path("plain.txt"), std::string(4000, 't'));
     const Outcome foreign = Dcf("info plain.txt");
     EXPECT_EQ(foreign.code, kDamaged);
     ExpectOneLine(foreign, "info", "plain.txt: not a DCF archive");
+    Bytes longPreamble = image_;
+    longPreamble[16] = 0x7F;  // a preamble length far beyond the file
+    WriteAll(Path("long.dcf"), longPreamble);
+    const Outcome cut = Dcf("info long.dcf");
+    EXPECT_EQ(cut.code, kDamaged);
+    ExpectOneLine(cut, "info", "long.dcf: damaged: the category preamble runs past the end");
 
     // The target folder can't be made: a file stands in its way.
     WriteAll(Path("blocker"), std::string("x"));
     const Outcome blocked = Dcf("extract archive.dcf -C blocker/sub" + WithPassword());
     EXPECT_EQ(blocked.code, kIo);
     ExpectOneLine(blocked, "extract", "blocker/sub");
+}
 
-    EXPECT_EQ(Dcf("extract").code, kUsage);
-    EXPECT_EQ(Dcf("extract archive.dcf --overwrite sometimes" + WithPassword()).code, kUsage);
-    EXPECT_EQ(Dcf("frobnicate").code, kUsage);
+TEST_F(ArchiveCommandsTest, CommandLineMistakesAreAnsweredInOneLine) {
+    for (const auto& [arguments, needle] :
+         {std::pair<std::string, std::string>{"extrct a.dcf", "did you mean 'extract'?"},
+          {"lst", "did you mean 'list'?"},
+          {"frobnicate", "'frobnicate' is not a command"},
+          {"--bogus", "unknown option '--bogus'"},
+          {"", "A subcommand is required"},
+          {"extract", "ARCHIVE is required; see 'dcf extract --help'"},
+          {"extract archive.dcf --overwrite sometimes", "sometimes not in"}}) {
+        const Outcome outcome = Dcf(arguments);
+        EXPECT_EQ(outcome.code, kUsage) << arguments;
+        ExpectOneLine(outcome, "", needle);
+    }
+    const Outcome help = Dcf("help create");
+    EXPECT_EQ(help.code, 0);
+    EXPECT_NE(help.out.find("Usage: dcf create"), std::string::npos) << help.out;
+    // A command's help ends with its own words, not with those of the overview.
+    EXPECT_EQ(help.out.find("COMMAND --help"), std::string::npos) << help.out;
+    EXPECT_EQ(Dcf("list --help").out.find("Exit codes"), std::string::npos);
+    EXPECT_NE(Dcf("help").out.find("Exit codes"), std::string::npos);
 }
 
 TEST_F(ArchiveCommandsTest, OverwriteModes) {
@@ -226,7 +319,7 @@ TEST_F(ArchiveCommandsTest, OverwriteModes) {
             Dcf("extract archive.dcf -C out --overwrite " + mode + WithPassword());
         EXPECT_EQ(stopped.code, kCancelled);
         // Without a terminal "ask" can't ask: it stops like "cancel".
-        ExpectOneLine(stopped, "extract", "--overwrite");
+        ExpectOneLine(stopped, "extract", "stopped at d/a, which exists in out");
         EXPECT_EQ(ReadAll(Path("out") / "d" / "a"), "old");
         EXPECT_FALSE(fs::exists(Path("out") / "d" / "b"));
     }
@@ -303,6 +396,9 @@ TEST_F(ArchiveCommandsTest, SignalsLeaveNoHalfWrittenFile) {
             continue;  // it was faster than the signal: the file is complete, as checked below
         }
         EXPECT_EQ(stopped.code, kCancelled) << stopped.err;
+        if (!fs::exists(Path("out"))) {
+            continue;  // the target folder it made went again, empty
+        }
         for (const auto& entry : fs::recursive_directory_iterator(Path("out"))) {
             ADD_FAILURE() << "left behind: " << entry.path();
         }
@@ -344,6 +440,8 @@ TEST_F(ArchiveKeyCommandTest, PrivateKeyOpensTheRsaSlot) {
     const Outcome opened = Dcf("extract sealed.dcf -C out" + key);
     ASSERT_EQ(opened.code, 0) << opened.err;
     EXPECT_EQ(ReadAll(Path("out") / "k"), std::string(content_.begin(), content_.end()));
+    EXPECT_NE(Dcf("test sealed.dcf" + key).out.find("opened by the private key"),
+              std::string::npos);
 
     // The archive of this fixture was sealed for nobody: the key opens nothing.
     const Outcome refused = Dcf("list archive.dcf" + key);
@@ -351,24 +449,37 @@ TEST_F(ArchiveKeyCommandTest, PrivateKeyOpensTheRsaSlot) {
     ExpectOneLine(refused, "list", "archive.dcf");
 
     WriteAll(Path("junk.privkey"), std::string(300, 'j'));
-    const Outcome junk = Dcf("list sealed.dcf --key junk.privkey");
-    EXPECT_EQ(junk.code, kBadKey);
-    ExpectOneLine(junk, "list", "junk.privkey: not a readable private key");
+    fs::copy_file(keys_->Native() / "r.pubkey", Path("r.pubkey"));
+    for (const auto& [file, needle] :
+         {std::pair<std::string, std::string>{"junk.privkey", "not a private key file"},
+          {"r.pubkey", "this is a public key; give the .privkey"}}) {
+        const Outcome wrong = Dcf("list sealed.dcf --key " + file);
+        EXPECT_EQ(wrong.code, kBadKey);
+        ExpectOneLine(wrong, "list", needle);
+    }
     const Outcome missing = Dcf("list sealed.dcf --key nowhere.privkey");
     EXPECT_EQ(missing.code, kIo);
-    ExpectOneLine(missing, "list", "nowhere.privkey");
+    ExpectOneLine(missing, "list", "nowhere.privkey: No such file or directory");
 }
 
-TEST_F(ArchiveCommandsTest, PasswordIsAskedWithoutEchoOnATerminal) {
+TEST_F(ArchiveCommandsTest, PasswordIsAskedOnTheTerminalEvenWithOutputRedirected) {
     if (!CanRunOnTerminal()) {
         GTEST_SKIP() << "no script(1) to make a terminal";
     }
-    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), "list archive.dcf", {{"Password for", "secret"}}),
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), "list archive.dcf >listing",
+                               {{"Password for", "secret"}}),
               0);
     const std::string transcript = ReadAll(Path("transcript"));
     EXPECT_NE(transcript.find("Password for archive.dcf: "), std::string::npos) << transcript;
-    EXPECT_NE(transcript.find("d/a"), std::string::npos) << transcript;
     EXPECT_EQ(transcript.find("secret"), std::string::npos) << transcript;
+    EXPECT_NE(ReadAll(Path("listing")).find("d/a"), std::string::npos);
+
+    // Ctrl-C at the prompt: the message stands on a line of its own, not behind the "^C".
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), "test archive.dcf", {{"Password for", "\x03"}}),
+              kCancelled);
+    EXPECT_NE(ReadAll(Path("transcript")).find("\r\ndcf test: no password entered"),
+              std::string::npos)
+        << ReadAll(Path("transcript"));
 }
 
 TEST_F(ArchiveCommandsTest, FilesInTheWayAreAskedAboutOnATerminal) {

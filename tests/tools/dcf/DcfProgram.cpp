@@ -30,9 +30,15 @@ std::string Quoted(const fs::path& path) {
     return "'" + path.string() + "'";
 }
 
-Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input) {
+Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input,
+               const fs::path& program) {
     WriteAll(folder / "stdin", input);
-    const std::string command = "cd " + Quoted(folder) + " && \"" DCF_TOOL_PATH "\" " + arguments +
+    // In a session of its own, dcf has no terminal to ask on, wherever the tests are run from.
+    // Root runs it without the power to pass over file permissions, so that they count.
+    const std::string asUser =
+        ::geteuid() == 0 ? "setpriv --bounding-set -dac_override,-dac_read_search " : "";
+    const std::string command = "cd " + Quoted(folder) + " && setsid -w " + asUser +
+                                Quoted(program) + " " + arguments +
                                 " <stdin >stdout 2>stderr; echo $? >rc";
     EXPECT_EQ(std::system(command.c_str()), 0);
     return {std::stoi(ReadAll(folder / "rc")), ReadAll(folder / "stdout"),
@@ -78,7 +84,8 @@ bool WaitForTemporaryFile(const fs::path& folder, std::uintmax_t bytes) {
 }
 
 void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle) {
-    EXPECT_EQ(outcome.err.rfind("dcf " + command + ": ", 0), 0u) << outcome.err;
+    const std::string prefix = command.empty() ? "dcf: " : "dcf " + command + ": ";
+    EXPECT_EQ(outcome.err.rfind(prefix, 0), 0u) << outcome.err;
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
     EXPECT_NE(outcome.err.find(needle), std::string::npos) << outcome.err;
 }
@@ -103,9 +110,13 @@ int RunDcfOnTerminal(const fs::path& folder, const std::string& arguments,
                       "done; "
                       "sleep 0.2; }\n";
     std::map<std::string, int> shown;
-    for (const auto& [prompt, line] : exchanges) {
-        run += "wait_for '" + prompt + "' " + std::to_string(++shown[prompt]) + "\n";
-        run += "printf '%s\\n' '" + line + "' >&3\n";
+    for (const Exchange& exchange : exchanges) {
+        run +=
+            "wait_for '" + exchange.prompt + "' " + std::to_string(++shown[exchange.prompt]) + "\n";
+        if (exchange.pauseSeconds > 0) {
+            run += "sleep " + std::to_string(exchange.pauseSeconds) + "\n";
+        }
+        run += "printf '%s\\n' '" + exchange.line + "' >&3\n";
     }
     run += "exec 3>&-\nwait\n";
     EXPECT_EQ(std::system(run.c_str()), 0);

@@ -31,9 +31,11 @@ struct Outcome {
     std::string err;
 };
 
-// Runs dcf in `folder` with `arguments` and `input` on standard input; nothing of it is a
-// terminal.
-Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input = "");
+// Runs dcf in `folder` with `arguments` and `input` on standard input, without a terminal, with
+// file permissions in force even for root. `program` is the dcf that runs, the one built by
+// default.
+Outcome RunDcf(const fs::path& folder, const std::string& arguments, const std::string& input = "",
+               const fs::path& program = DCF_TOOL_PATH);
 
 // Starts dcf like RunDcf without waiting for it, and gives its process id, so that a signal
 // can reach it while it works.
@@ -44,11 +46,16 @@ Outcome FinishDcf(const fs::path& folder, int process);
 // under `folder`; false when none came within ten seconds.
 bool WaitForTemporaryFile(const fs::path& folder, std::uintmax_t bytes);
 
-// A failure is told in one line that begins with "dcf COMMAND: " and holds `needle`.
+// A failure is told in one line that begins with "dcf COMMAND: " ("dcf: " for none) and holds
+// `needle`.
 void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle);
 
-// A prompt to wait for and the line typed once it shows.
-using Exchange = std::pair<std::string, std::string>;
+// A prompt to wait for, the line typed once it shows, and how long to wait before typing it.
+struct Exchange {
+    std::string prompt;
+    std::string line;
+    double pauseSeconds = 0;
+};
 
 // Whether script(1) and mkfifo are there to make a pseudo-terminal.
 bool CanRunOnTerminal();

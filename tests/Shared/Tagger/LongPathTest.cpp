@@ -4,26 +4,23 @@
 
 namespace {
 
-using Zelmarik::ToLongPath;
-
-TEST(ToLongPath, DrivePathsTakeThePrefix) {
-    EXPECT_EQ(ToLongPath(u"C:\\dir\\f.txt"), u"\\\\?\\C:\\dir\\f.txt");
-    // Not examined further: relative and empty paths are prefixed as they are.
-    EXPECT_EQ(ToLongPath(u"dir\\f.txt"), u"\\\\?\\dir\\f.txt");
-    EXPECT_EQ(ToLongPath(u""), u"\\\\?\\");
-    EXPECT_EQ(ToLongPath(nullptr), u"\\\\?\\");
-}
-
-TEST(ToLongPath, ServerPathsBecomeUnc) {
-    EXPECT_EQ(ToLongPath(u"\\\\srv\\sh\\f.txt"), u"\\\\?\\UNC\\srv\\sh\\f.txt");
-    EXPECT_EQ(ToLongPath(u"\\\\"), u"\\\\?\\UNC\\");
-}
-
-TEST(ToLongPath, LongPathsStayAsTheyAre) {
-    EXPECT_EQ(ToLongPath(u"\\\\?\\C:\\dir\\f.txt"), u"\\\\?\\C:\\dir\\f.txt");
-    EXPECT_EQ(ToLongPath(u"\\\\?\\UNC\\srv\\sh\\f.txt"), u"\\\\?\\UNC\\srv\\sh\\f.txt");
-    // Only "\\?\" counts as long: a device path is taken for a server path.
-    EXPECT_EQ(ToLongPath(u"\\\\.\\C:\\f"), u"\\\\?\\UNC\\.\\C:\\f");
+// Drive, relative and empty paths take the prefix as they are, server paths become UNC, and
+// only "\\?\" counts as long already: a device path is taken for a server path.
+TEST(ToLongPath, PrefixesEachKindOfPathOnce) {
+    const std::pair<const char16_t*, std::u16string> cases[] = {
+        {u"C:\\dir\\f.txt", u"\\\\?\\C:\\dir\\f.txt"},
+        {u"dir\\f.txt", u"\\\\?\\dir\\f.txt"},
+        {u"", u"\\\\?\\"},
+        {nullptr, u"\\\\?\\"},
+        {u"\\\\srv\\sh\\f.txt", u"\\\\?\\UNC\\srv\\sh\\f.txt"},
+        {u"\\\\", u"\\\\?\\UNC\\"},
+        {u"\\\\?\\C:\\dir\\f.txt", u"\\\\?\\C:\\dir\\f.txt"},
+        {u"\\\\?\\UNC\\srv\\sh\\f.txt", u"\\\\?\\UNC\\srv\\sh\\f.txt"},
+        {u"\\\\.\\C:\\f", u"\\\\?\\UNC\\.\\C:\\f"},
+    };
+    for (const auto& [path, expected] : cases) {
+        EXPECT_EQ(Zelmarik::ToLongPath(path), expected) << (path == nullptr ? 0 : path[0]);
+    }
 }
 
 }  // namespace

@@ -100,6 +100,13 @@ std::vector<std::uint32_t> Results(const std::vector<SAsyncInfo>& infos) {
     return results;
 }
 
+std::vector<std::u16string> Texts(const Calls& calls) {
+    return {calls.address, calls.hostName,  calls.sharePath, calls.root,
+            calls.netbios, calls.universal, calls.fileSystem};
+}
+
+// While the lookups are pending each call gives its default code and leaves its outputs; once
+// they answered, the answers come through.
 TEST(AsyncProcManagerDefault, PendingCallsGiveDefaultCodesThenTheAnswers) {
     TestLatch pass(8);
     gate = &pass;
@@ -114,14 +121,10 @@ TEST(AsyncProcManagerDefault, PendingCallsGiveDefaultCodesThenTheAnswers) {
     }
     EXPECT_EQ(Results(pending.infos),
               (std::vector<std::uint32_t>{10109, 10109, 2273, 2, 11001, 1200, 3}));
-    EXPECT_EQ(pending.address, u"untouched");
+    std::vector<std::u16string> untouched(6, u"untouched");
+    untouched.push_back(u"");
+    EXPECT_EQ(Texts(pending), untouched);
     EXPECT_EQ(pending.addresses, std::vector<std::uint32_t>{99});
-    EXPECT_EQ(pending.hostName, u"untouched");
-    EXPECT_EQ(pending.sharePath, u"untouched");
-    EXPECT_EQ(pending.root, u"untouched");
-    EXPECT_EQ(pending.netbios, u"untouched");
-    EXPECT_EQ(pending.universal, u"untouched");
-    EXPECT_EQ(pending.fileSystem, u"");
     EXPECT_EQ(pending.fileSystemFlags, 0u);
 
     pass.arrive_and_wait();
@@ -131,14 +134,10 @@ TEST(AsyncProcManagerDefault, PendingCallsGiveDefaultCodesThenTheAnswers) {
         EXPECT_EQ(info.State, Zelmarik::Done);
     }
     EXPECT_EQ(Results(answered.infos), (std::vector<std::uint32_t>{0, 7, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(answered.address, u"10.1.2.3");
+    EXPECT_EQ(Texts(answered),
+              (std::vector<std::u16string>{u"10.1.2.3", u"name-of-1.2.3.4", u"srv|sh", u"root",
+                                           u"NBNAME", u"\\\\srv\\share", u"NTFS"}));
     EXPECT_EQ(answered.addresses, (std::vector<std::uint32_t>{0x08080808, 0x0A010203}));
-    EXPECT_EQ(answered.hostName, u"name-of-1.2.3.4");
-    EXPECT_EQ(answered.sharePath, u"srv|sh");
-    EXPECT_EQ(answered.root, u"root");
-    EXPECT_EQ(answered.netbios, u"NBNAME");
-    EXPECT_EQ(answered.universal, u"\\\\srv\\share");
-    EXPECT_EQ(answered.fileSystem, u"NTFS");
     EXPECT_EQ(answered.fileSystemFlags, 0x2Fu);
 }
 

@@ -4,34 +4,27 @@
 
 #include "frontend/ExtractionParameters.h"
 #include "platform/File.h"
+#include "platform/Text.h"
 #include "tests/TestFolder.h"
 
 namespace {
 
-TEST(CreateFolderPath, CreatesEveryMissingLevelWithEitherSeparator) {
+// Every missing level is made, with either separator; a drive root is taken as it is, and a
+// file on the way fails.
+TEST(CreateFolderPath, CreatesEveryMissingLevelButNotBelowAFile) {
     tests::TestFolder folder;
-    const std::u16string deep = folder.Root() + u"/a/b\\c/";
-    EXPECT_TRUE(CreateFolderPath(deep));
-    const std::u16string created =
-        folder.Path(u"a") + platform::kPathSeparator + u"b" + platform::kPathSeparator + u"c";
+    EXPECT_TRUE(CreateFolderPath(folder.Root() + u"/a/b\\c/"));
+    const std::u16string sep(1, platform::kPathSeparator);
+    const std::u16string created = folder.Path(u"a") + sep + u"b" + sep + u"c";
     EXPECT_TRUE(platform::IsDirectory(created));
-    EXPECT_TRUE(CreateFolderPath(created));  // exists already
-    EXPECT_TRUE(CreateFolderPath(u""));
-}
-
-TEST(CreateFolderPath, FailsBelowAFile) {
-    tests::TestFolder folder;
+    for (const std::u16string& done :
+         {created, std::u16string(), std::u16string(u"Q:\\"), std::u16string(u"Q:/")}) {
+        EXPECT_TRUE(CreateFolderPath(done)) << platform::Utf16ToUtf8(done);
+    }
     const std::u16string file = folder.Path(u"plain");
     ASSERT_EQ(platform::File().Open(file, platform::OpenMode::CreateAlways),
               platform::kErrorSuccess);
-    EXPECT_FALSE(CreateFolderPath(file + platform::kPathSeparator + u"sub" +
-                                  platform::kPathSeparator + u"deeper"));
-}
-
-TEST(CreateFolderPath, DriveRootIsTakenAsItIs) {
-    // A drive root with its separator answers true before anything is created.
-    EXPECT_TRUE(CreateFolderPath(u"Q:\\"));
-    EXPECT_TRUE(CreateFolderPath(u"Q:/"));
+    EXPECT_FALSE(CreateFolderPath(file + sep + u"sub" + sep + u"deeper"));
 }
 
 class RunExtractionTest : public ::testing::Test {

@@ -80,10 +80,9 @@ PickerScript::~PickerScript() {
 }
 
 // The chosen folder as the shell's item list, in the shell's allocator as the real picker's.
-PIDLIST_ABSOLUTE WINAPI PickerScript::BrowseForFolder(LPBROWSEINFOW request) {
+PIDLIST_ABSOLUTE WINAPI PickerScript::BrowseForFolder(LPBROWSEINFOW) {
     PickerScript& self = *activePickers;
     ++self.folderCalls_;
-    self.folderRequest_ = {request->hwndOwner, request->ulFlags, request->lpszTitle != nullptr};
     PIDLIST_ABSOLUTE chosen = nullptr;
     if (!self.choice_.empty() &&
         FAILED(SHParseDisplayName(reinterpret_cast<const wchar_t*>(self.choice_.c_str()), nullptr,
@@ -101,7 +100,7 @@ BOOL WINAPI PickerScript::OpenFileName(LPOPENFILENAMEW request) {
          part += wcslen(part) + 1) {
         filter += (filter.empty() ? u"" : u"|") + Narrowed(part);
     }
-    self.fileRequest_ = {request->hwndOwner, request->Flags, request->nMaxFile, filter,
+    self.fileRequest_ = {request->hwndOwner, request->Flags, filter,
                          Narrowed(request->lpstrDefExt)};
     if (self.choice_.empty() || self.choice_.size() >= request->nMaxFile) {
         return FALSE;

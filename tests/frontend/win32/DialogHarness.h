@@ -59,22 +59,15 @@ public:
 
     void Choose(std::u16string path) { choice_ = std::move(path); }
 
-    // What the last call of each picker was given.
-    struct FolderRequest {
-        HWND owner = nullptr;
-        UINT flags = 0;
-        bool titled = false;
-    };
+    // What the last call of the key file picker was given.
     struct FileRequest {
         HWND owner = nullptr;
         DWORD flags = 0;
-        DWORD capacity = 0;
         std::u16string filter;  // description and pattern, separated by '|'
         std::u16string defaultExtension;
     };
     int FolderCalls() const { return folderCalls_; }
     int FileCalls() const { return fileCalls_; }
-    const FolderRequest& LastFolderRequest() const { return folderRequest_; }
     const FileRequest& LastFileRequest() const { return fileRequest_; }
 
 private:
@@ -84,7 +77,6 @@ private:
     std::u16string choice_;
     int folderCalls_ = 0;
     int fileCalls_ = 0;
-    FolderRequest folderRequest_;
     FileRequest fileRequest_;
 };
 

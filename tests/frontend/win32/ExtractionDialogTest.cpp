@@ -23,6 +23,7 @@
 #include "frontend/StubEntry.h"
 #include "frontend/resources/DialogControls.h"
 #include "platform/Module.h"
+#include "platform/Text.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
 #include "tests/frontend/win32/DialogHarness.h"
@@ -35,6 +36,7 @@ using tests::EntrySpec;
 namespace fs = std::filesystem;
 
 constexpr int kProgressRowsHeight = 60;
+const std::u16string kExtractionFailed = u"File couldn't be extracted (wrong password?).";
 const std::u16string kReplaceQuestion = u"File already exists. Do you want to replace it?\r\n";
 
 class ExtractionDialogTest : public ::testing::Test {
@@ -82,6 +84,16 @@ protected:
         dialog.Type(IDC_TARGET_FOLDER, folder_.Root());
         dialog.Type(IDC_PASSWORD, password);
         dialog.Click(IDC_EXTRACT);
+    }
+
+    // A box owned by the dialog, with its text, caption and icon.
+    static void ExpectBox(const tests::RecordedBox& box, const DialogUnderTest& dialog,
+                          const std::u16string& text, const std::u16string& caption = u"Error",
+                          UINT type = MB_ICONERROR) {
+        EXPECT_TRUE(box.text == text) << platform::Utf16ToUtf8(box.text);
+        EXPECT_TRUE(box.caption == caption);
+        EXPECT_EQ(box.type, type);
+        EXPECT_EQ(box.owner, dialog.Handle());
     }
 
     static void ExpectInputsEnabled(const DialogUnderTest& dialog, bool enabled) {
@@ -136,58 +148,43 @@ TEST_F(ExtractionDialogTest, PasswordAndKeyPathExcludeEachOther) {
     }
 }
 
-TEST_F(ExtractionDialogTest, FolderPickerFillsTheTargetAndACancelledChoiceKeepsIt) {
+// Each picker fills its field; a cancelled or empty choice keeps what was there. A key path
+// locks the password.
+TEST_F(ExtractionDialogTest, PickersFillTheirFieldsAndACancelledChoiceKeepsThem) {
     tests::PickerScript pickers;
     DialogUnderTest dialog;
     const std::u16string opened = dialog.Text(IDC_TARGET_FOLDER);
-    dialog.Click(IDC_BROWSE_FOLDER);  // cancelled
+    dialog.Click(IDC_BROWSE_FOLDER);
+    dialog.Click(IDC_BROWSE_KEY);
     EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == opened);
-
-    pickers.Choose(folder_.Root());
-    dialog.Click(IDC_BROWSE_FOLDER);
-    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == folder_.Root());
-    pickers.Choose(u"");
-    dialog.Click(IDC_BROWSE_FOLDER);
-    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == folder_.Root());
-    EXPECT_EQ(pickers.FolderCalls(), 3);
-    // The picker is asked plainly: no owner, no title, no flags.
-    EXPECT_EQ(pickers.LastFolderRequest().owner, nullptr);
-    EXPECT_FALSE(pickers.LastFolderRequest().titled);
-    EXPECT_EQ(pickers.LastFolderRequest().flags, 0u);
-
-    // The picked folder has no final separator and still gets exactly one before the name.
-    dialog.Type(IDC_PASSWORD, u"secret");
-    dialog.Click(IDC_EXTRACT);
-    EXPECT_TRUE(ExtractionParameters.targetPath == Target());
-    ASSERT_TRUE(tests::PumpUntil([&] { return boxes_.Count() == 1; }));  // no archive there
-}
-
-TEST_F(ExtractionDialogTest, KeyPickerFillsTheKeyPathWhichLocksThePassword) {
-    tests::PickerScript pickers;
-    DialogUnderTest dialog;
-    dialog.Click(IDC_BROWSE_KEY);  // cancelled
     EXPECT_TRUE(dialog.Text(IDC_KEY_PATH).empty());
     EXPECT_TRUE(dialog.Enabled(IDC_PASSWORD));
 
     const std::u16string key = folder_.Path(u"recipient.privkey");
-    pickers.Choose(key);
-    dialog.Click(IDC_BROWSE_KEY);
-    EXPECT_TRUE(dialog.Text(IDC_KEY_PATH) == key);
-    EXPECT_FALSE(dialog.Enabled(IDC_PASSWORD));
-    EXPECT_TRUE(dialog.Enabled(IDC_KEY_PATH));
-    EXPECT_TRUE(dialog.Enabled(IDC_BROWSE_KEY));
-    pickers.Choose(u"");
-    dialog.Click(IDC_BROWSE_KEY);
-    EXPECT_TRUE(dialog.Text(IDC_KEY_PATH) == key);
-    EXPECT_FALSE(dialog.Enabled(IDC_PASSWORD));
-
+    for (const std::u16string& choice : {folder_.Root(), std::u16string()}) {
+        pickers.Choose(choice);
+        dialog.Click(IDC_BROWSE_FOLDER);
+        pickers.Choose(choice.empty() ? choice : key);
+        dialog.Click(IDC_BROWSE_KEY);
+        EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == folder_.Root());
+        EXPECT_TRUE(dialog.Text(IDC_KEY_PATH) == key);
+        EXPECT_FALSE(dialog.Enabled(IDC_PASSWORD));
+        EXPECT_TRUE(dialog.Enabled(IDC_BROWSE_KEY));
+    }
+    EXPECT_EQ(pickers.FolderCalls(), 3);
     EXPECT_EQ(pickers.FileCalls(), 3);
     const tests::PickerScript::FileRequest& request = pickers.LastFileRequest();
     EXPECT_EQ(request.owner, dialog.Handle());
-    EXPECT_EQ(request.capacity, 256u);
     EXPECT_EQ(request.flags, static_cast<DWORD>(OFN_FILEMUSTEXIST));
     EXPECT_TRUE(request.filter == u"*.privkey|*.privkey");
     EXPECT_TRUE(request.defaultExtension == u"privkey");
+
+    // The picked folder has no final separator and still gets exactly one before the name.
+    dialog.Type(IDC_KEY_PATH, u"");
+    dialog.Type(IDC_PASSWORD, u"secret");
+    dialog.Click(IDC_EXTRACT);
+    EXPECT_TRUE(ExtractionParameters.targetPath == Target());
+    ASSERT_TRUE(tests::PumpUntil([&] { return boxes_.Count() == 1; }));  // no archive there
 }
 
 TEST_F(ExtractionDialogTest, MissingOrUnreadableCredentialsAreRefusedInPlace) {
@@ -201,14 +198,9 @@ TEST_F(ExtractionDialogTest, MissingOrUnreadableCredentialsAreRefusedInPlace) {
 
     const auto boxes = boxes_.Boxes();
     ASSERT_EQ(boxes.size(), 2u);
-    EXPECT_TRUE(boxes[0].text ==
-                u"Password or path to a private key file is required to extract the archive.");
-    EXPECT_TRUE(boxes[1].text == u"Unable to read private key from the selected location.");
-    for (const tests::RecordedBox& box : boxes) {
-        EXPECT_EQ(box.owner, dialog.Handle());
-        EXPECT_TRUE(box.caption == u"Error");
-        EXPECT_EQ(box.type, static_cast<UINT>(MB_ICONERROR));
-    }
+    ExpectBox(boxes[0], dialog,
+              u"Password or path to a private key file is required to extract the archive.");
+    ExpectBox(boxes[1], dialog, u"Unable to read private key from the selected location.");
     EXPECT_FALSE(ExtractionParameters.passwordGiven);
     EXPECT_FALSE(ExtractionParameters.keyGiven);
     EXPECT_EQ(dialog.Height(), height);
@@ -227,10 +219,7 @@ TEST_F(ExtractionDialogTest, EarlyFailureLeavesTheDialogOpenAndItGrowsOnlyOnce) 
             return boxes_.Count() == static_cast<std::size_t>(attempt) &&
                    dialog.Enabled(IDC_EXTRACT) && !dialog.Shown(IDC_PROGRESS_BAR);
         }));
-        const tests::RecordedBox box = boxes_.Boxes().back();
-        EXPECT_TRUE(box.text == u"File couldn't be extracted (wrong password?).");
-        EXPECT_TRUE(box.caption == u"Error");
-        EXPECT_EQ(box.owner, dialog.Handle());
+        ExpectBox(boxes_.Boxes().back(), dialog, kExtractionFailed);
         // Open: full height, inputs back, progress bar hidden, still there.
         EXPECT_EQ(dialog.Height(), collapsed + kProgressRowsHeight);
         ExpectInputsEnabled(dialog, true);
@@ -271,10 +260,7 @@ TEST_F(ExtractionDialogTest, WrongPasswordIsToldThenEndsTheDialogWithoutFiles) {
     EXPECT_FALSE(fs::exists(fs::path(Target() + u"f.txt")));
     const auto boxes = boxes_.Boxes();
     ASSERT_EQ(boxes.size(), 1u);
-    EXPECT_TRUE(boxes[0].text == u"File couldn't be extracted (wrong password?).");
-    EXPECT_TRUE(boxes[0].caption == u"Error");
-    EXPECT_EQ(boxes[0].type, static_cast<UINT>(MB_ICONERROR));
-    EXPECT_EQ(boxes[0].owner, dialog.Handle());
+    ExpectBox(boxes[0], dialog, kExtractionFailed);
     EXPECT_FALSE(endedBeforeTheBox);
 }
 
@@ -299,10 +285,8 @@ TEST_F(ExtractionDialogTest, ReplaceQuestionsAnsweredYesNoThenCancel) {
     ASSERT_EQ(boxes.size(), 3u);  // none for d: Cancel stopped the extraction
     const char16_t* asked[] = {u"a", u"b", u"c"};
     for (std::size_t i = 0; i < boxes.size(); ++i) {
-        EXPECT_TRUE(boxes[i].text == kReplaceQuestion + Target() + asked[i]);
-        EXPECT_TRUE(boxes[i].caption == u"Question");
-        EXPECT_EQ(boxes[i].type, static_cast<UINT>(MB_YESNOCANCEL | MB_ICONQUESTION));
-        EXPECT_EQ(boxes[i].owner, dialog.Handle());
+        ExpectBox(boxes[i], dialog, kReplaceQuestion + Target() + asked[i], u"Question",
+                  MB_YESNOCANCEL | MB_ICONQUESTION);
     }
 }
 

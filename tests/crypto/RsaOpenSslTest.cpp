@@ -141,28 +141,6 @@ TEST_F(RsaAgainstOpenSsl, PortableArithmeticAgreesToo) {
     Zelmarik::rsa::SetRowKernelsDisabled(false);
 }
 
-TEST_F(RsaAgainstOpenSsl, PrimeWithoutInverseGivesOne) {
-    Bn add = NewBn(), rem = NewBn();
-    BN_set_word(add.get(), Zelmarik::kRsaPublicExponent);
-    BN_one(rem.get());
-    const Bn p = Prime2048(add.get(), rem.get()), q = Prime2048();
-    Number plain{};
-    const Bn c = Random(4000, -1, 0);
-    ASSERT_EQ(Zelmarik::RsaOpenBlock(ToWords<128>(c.get()).data(), plain.data(),
-                                     ToWords<64>(p.get()).data(), ToWords<64>(q.get()).data()),
-              0);
-    Number one{};
-    one[0] = 1;
-    EXPECT_EQ(plain, one);
-}
-
-TEST_F(RsaAgainstOpenSsl, NumbersThatAreNotPrimes) {
-    for (int i = 0; i < 3; ++i) {
-        const Bn p = Random(2048, 0, 1), q = Random(2000, 0, i == 0 ? 0 : 1);  // odd, or even
-        ExpectOpenAgrees(Random(4096, -1, 0).get(), p.get(), q.get());
-    }
-}
-
 TEST_F(RsaAgainstOpenSsl, ModExpOfAnySize) {
     for (int i = 0; i < 12; ++i) {
         const int modulusBits = 64 + 4032 * (i % 4) / 3;

@@ -8,19 +8,13 @@
 
 #include "crypto/ChunkChain.h"
 #include "tests/crypto/primitives/AesPathFixture.h"
+#include "tests/crypto/primitives/HexBytes.h"
 
 namespace crypto {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-Bytes RandomBytes(std::mt19937& random, std::size_t count) {
-    Bytes bytes(count);
-    for (auto& b : bytes) {
-        b = static_cast<std::uint8_t>(random());
-    }
-    return bytes;
-}
+using test::RandomBytes;
 
 struct Stream {
     std::uint32_t suite;
@@ -38,80 +32,58 @@ struct Stream {
     }
 };
 
-class ChunkChainOnBothPaths : public test::AesPathTest {};
-
-TEST_P(ChunkChainOnBothPaths, ChainsTheFirstFourBytesOf16ByteBlocks) {
-    std::mt19937 random(1);
-    const Stream stream(kSuiteAes, random);
-    const Bytes plain = RandomBytes(random, 64);
+// The chain rule worked out with the bare block operations: the first four bytes of a 16-byte
+// block (two of an 8-byte one) are chained, starting from A[0], A[4], A[8], A[12] of the IV
+// area; each block passes through every cipher of the suite, whatever its mode; then the
+// chained bytes are whitened with A[8], A[12], repeated.
+Bytes Reference(const Stream& stream, const std::vector<std::uint32_t>& ciphers,
+                const Bytes& plain) {
     const Bytes& a = stream.ivArea;
-
-    // Chain bytes A[0], A[4], A[8], A[12]; whitening A[8], A[12] on bytes 0-1 and again 2-3.
-    Bytes expected = plain;
+    const std::size_t blockSize = CipherBlockSize(ciphers.front());
+    const std::size_t chained = blockSize == 16 ? 4 : 2;
     std::uint8_t chain[4] = {a[0], a[4], a[8], a[12]};
     const std::uint8_t whitening[4] = {a[8], a[12], a[8], a[12]};
-    for (std::size_t offset = 0; offset < expected.size(); offset += 16) {
-        const auto block = std::span(expected).subspan(offset, 16);
-        for (int i = 0; i < 4; ++i) {
+    Bytes expected = plain;
+    for (std::size_t offset = 0; offset < expected.size(); offset += blockSize) {
+        const auto block = std::span(expected).subspan(offset, blockSize);
+        for (std::size_t i = 0; i < chained; ++i) {
             block[i] ^= chain[i];
         }
-        CipherEncryptBlock(kCipherAes, block, stream.schedule);
-        for (int i = 0; i < 4; ++i) {
+        std::size_t scheduleOffset = 0;
+        for (const std::uint32_t cipher : ciphers) {
+            CipherEncryptBlock(cipher, block, std::span(stream.schedule).subspan(scheduleOffset));
+            scheduleOffset += CipherScheduleSize(cipher);
+        }
+        for (std::size_t i = 0; i < chained; ++i) {
             chain[i] = block[i];
             block[i] ^= whitening[i];
         }
     }
-    Bytes data = plain;
-    auto chunkChain = stream.Chain();
-    EXPECT_EQ(chunkChain.BlockSize(), 16u);
-    chunkChain.EncryptBlocks(data);
-    EXPECT_EQ(data, expected);
+    return expected;
 }
 
-TEST(ChunkChain, ChainsTheFirstTwoBytesOf8ByteBlocks) {
-    std::mt19937 random(2);
-    const Stream stream(6, random);  // CAST5
-    const Bytes plain = RandomBytes(random, 16);
-    const Bytes& a = stream.ivArea;
-
-    Bytes expected = plain;
-    expected[0] ^= a[0];
-    expected[1] ^= a[4];
-    CipherEncryptBlock(kCipherCast5, std::span(expected).first(8), stream.schedule);
-    expected[8] ^= expected[0];
-    expected[9] ^= expected[1];
-    CipherEncryptBlock(kCipherCast5, std::span(expected).subspan(8), stream.schedule);
-    for (const std::size_t offset : {0u, 8u}) {
-        expected[offset] ^= a[8];
-        expected[offset + 1] ^= a[12];
-    }
+void ExpectTheChainRule(std::uint32_t suite, const std::vector<std::uint32_t>& ciphers,
+                        std::uint32_t seed) {
+    std::mt19937 random(seed);
+    const Stream stream(suite, random);
+    const Bytes plain = RandomBytes(random, 64);
     Bytes data = plain;
     auto chain = stream.Chain();
-    EXPECT_EQ(chain.BlockSize(), 8u);
+    EXPECT_EQ(chain.BlockSize(), CipherBlockSize(ciphers.front()));
     chain.EncryptBlocks(data);
-    EXPECT_EQ(data, expected);
+    EXPECT_EQ(data, Reference(stream, ciphers, plain)) << "suite " << suite;
 }
 
-TEST(ChunkChain, PassesEachBlockThroughAllCiphersWhateverTheMode) {
-    std::mt19937 random(3);
-    const Stream cascade(15, random);  // Twofish, AES
-    const Bytes plain = RandomBytes(random, 16);
-    Bytes expected = plain;
-    const Bytes& a = cascade.ivArea;
-    const std::uint8_t chain[4] = {a[0], a[4], a[8], a[12]};
-    for (int i = 0; i < 4; ++i) {
-        expected[i] ^= chain[i];
-    }
-    CipherEncryptBlock(kCipherTwofish, expected, cascade.schedule);
-    CipherEncryptBlock(kCipherAes, expected,
-                       std::span(cascade.schedule).subspan(CipherScheduleSize(kCipherTwofish)));
-    const std::uint8_t whitening[4] = {a[8], a[12], a[8], a[12]};
-    for (int i = 0; i < 4; ++i) {
-        expected[i] ^= whitening[i];
-    }
-    Bytes data = plain;
-    cascade.Chain().EncryptBlocks(data);
-    EXPECT_EQ(data, expected);
+class ChunkChainOnBothPaths : public test::AesPathTest {};
+
+TEST_P(ChunkChainOnBothPaths, ChainsTheFirstFourBytesOf16ByteBlocks) {
+    ExpectTheChainRule(kSuiteAes, {kCipherAes}, 1);
+}
+
+// CAST5 has 8-byte blocks; suite 15 is Twofish then AES.
+TEST(ChunkChain, ChainsTwoBytesOf8ByteBlocksAndCascadesThroughAllCiphers) {
+    ExpectTheChainRule(6, {kCipherCast5}, 2);
+    ExpectTheChainRule(15, {kCipherTwofish, kCipherAes}, 3);
 }
 
 TEST(ChunkChain, RunsOnAcrossCallsUntilRestarted) {

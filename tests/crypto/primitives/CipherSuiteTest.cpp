@@ -7,19 +7,13 @@
 #include <vector>
 
 #include "crypto/CipherSuite.h"
+#include "tests/crypto/primitives/HexBytes.h"
 
 namespace crypto {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-Bytes RandomBytes(std::mt19937& random, std::size_t count) {
-    Bytes bytes(count);
-    for (auto& b : bytes) {
-        b = static_cast<std::uint8_t>(random());
-    }
-    return bytes;
-}
+using test::RandomBytes;
 
 // A schedule block set up for `suite` from random key material.
 struct Keyed {
@@ -96,60 +90,45 @@ protected:
     }
 };
 
-TEST_F(Region, ChainsBlocksAndWhitensWhatIsStoredWith16ByteBlocks) {
-    const Keyed keyed(kSuiteAes, random);
-    const Bytes plain = RandomBytes(random, 32);
-
+// Chaining over whole blocks from the IV, each block through every cipher of the suite in row
+// order; what is stored is whitened with the 8 whitening bytes, repeated over the block. The
+// chain takes the block before whitening.
+Bytes Reference(const Keyed& keyed, const std::vector<std::uint32_t>& ciphers, const Bytes& iv,
+                const Bytes& whitening, const Bytes& plain) {
+    const std::size_t blockSize = CipherBlockSize(ciphers.front());
     Bytes expected = plain;
-    const auto first = std::span(expected).first(16);
-    const auto second = std::span(expected).subspan(16);
-    XorInto(first, iv);
-    CipherEncryptBlock(kCipherAes, first, keyed.schedule);
-    XorInto(second, first);  // the chain takes the block before whitening
-    CipherEncryptBlock(kCipherAes, second, keyed.schedule);
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        expected[i] ^= whitening[i % 8];  // bytes 0-7 and 8-15 of each block
-    }
-    EXPECT_EQ(Encrypted(kSuiteAes, keyed, plain), expected);
-}
-
-TEST_F(Region, ReadsEightBytesOfIvAndWhitensOnceWith8ByteBlocks) {
-    const Keyed keyed(5, random);  // Blowfish
-    const Bytes plain = RandomBytes(random, 16);
-
-    Bytes expected = plain;
-    const auto first = std::span(expected).first(8);
-    const auto second = std::span(expected).subspan(8);
-    XorInto(first, std::span(iv).first(8));
-    CipherEncryptBlock(kCipherBlowfish, first, keyed.schedule);
-    XorInto(second, first);
-    CipherEncryptBlock(kCipherBlowfish, second, keyed.schedule);
-    XorInto(first, whitening);
-    XorInto(second, whitening);
-    EXPECT_EQ(Encrypted(5, keyed, plain), expected);
-
-    iv[8] ^= 0xFF;  // beyond the block: not read
-    EXPECT_EQ(Encrypted(5, keyed, plain), expected);
-}
-
-TEST_F(Region, Mode2PassesEachBlockThroughAllCiphersInRowOrder) {
-    const Keyed keyed(17, random);  // AES, Serpent
-    const auto serpentSchedule = keyed.At(CipherScheduleSize(kCipherAes));
-    const Bytes plain = RandomBytes(random, 32);
-
-    Bytes expected = plain;
-    Bytes chain = iv;
-    for (std::size_t offset = 0; offset < expected.size(); offset += 16) {
-        const auto block = std::span(expected).subspan(offset, 16);
+    Bytes chain(iv.begin(), iv.begin() + blockSize);
+    for (std::size_t offset = 0; offset < expected.size(); offset += blockSize) {
+        const auto block = std::span(expected).subspan(offset, blockSize);
         XorInto(block, chain);
-        CipherEncryptBlock(kCipherAes, block, keyed.schedule);
-        CipherEncryptBlock(kCipherSerpent, block, serpentSchedule);
+        std::size_t scheduleOffset = 0;
+        for (const std::uint32_t cipher : ciphers) {
+            CipherEncryptBlock(cipher, block, keyed.At(scheduleOffset));
+            scheduleOffset += CipherScheduleSize(cipher);
+        }
         chain.assign(block.begin(), block.end());
-        for (std::size_t i = 0; i < 16; ++i) {
+        for (std::size_t i = 0; i < blockSize; ++i) {
             block[i] ^= whitening[i % 8];
         }
     }
-    EXPECT_EQ(Encrypted(17, keyed, plain), expected);
+    return expected;
+}
+
+// AES alone, Blowfish alone (8-byte blocks: eight bytes of the IV are read), and suite 17,
+// AES then Serpent in mode 2.
+TEST_F(Region, ChainsBlocksThroughEveryCipherAndWhitensWhatIsStored) {
+    const std::pair<std::uint32_t, std::vector<std::uint32_t>> suites[] = {
+        {kSuiteAes, {kCipherAes}}, {5, {kCipherBlowfish}}, {17, {kCipherAes, kCipherSerpent}}};
+    for (const auto& [suite, ciphers] : suites) {
+        const Keyed keyed(suite, random);
+        const Bytes plain = RandomBytes(random, 32);
+        const Bytes expected = Reference(keyed, ciphers, iv, whitening, plain);
+        EXPECT_EQ(Encrypted(suite, keyed, plain), expected) << "suite " << suite;
+        if (suite == 5) {
+            iv[8] ^= 0xFF;  // beyond the block: not read
+            EXPECT_EQ(Encrypted(suite, keyed, plain), expected);
+        }
+    }
 }
 
 // Modes 1 and 3 run one whole pass per cipher, each with its own block size and the chain

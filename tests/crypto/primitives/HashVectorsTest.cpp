@@ -111,14 +111,13 @@ std::array<std::uint8_t, kSha256DigestSize> Digest(std::span<const std::uint8_t>
     return digest;
 }
 
+// Keys longer than a block are hashed first, a block-long one is not; an empty key is a block
+// of zeros.
 TEST(HmacSha256, HashesOnlyKeysLongerThanABlock) {
     const std::vector<std::uint8_t> key64(64, 0x5A);
     const std::vector<std::uint8_t> key65(65, 0x5A);
     EXPECT_EQ(Hmac(key65), Hmac(Digest(key65)));
     EXPECT_NE(Hmac(key64), Hmac(Digest(key64)));
-}
-
-TEST(HmacSha256, AcceptsAnEmptyKeyAsZeroFilled) {
     EXPECT_EQ(Hmac({}), Hmac(std::vector<std::uint8_t>(64, 0)));
 }
 
@@ -194,11 +193,8 @@ TEST(Crc32, GivesTheCheckValues) {
     EXPECT_EQ(Crc32({}), 0u);
     // The plain form starts at 0 and does not invert; python3: ~zlib.crc32(data, 0xFFFFFFFF).
     EXPECT_EQ(Crc32Plain(AsBytes("123456789")), 0x2DFD2D88u);
-}
-
-TEST(Crc32, PlainFormContinuesAcrossPieces) {
     const auto whole = AsBytes("123456789");
-    EXPECT_EQ(Crc32Plain(whole.subspan(4), Crc32Plain(whole.first(4))), Crc32Plain(whole));
+    EXPECT_EQ(Crc32Plain(whole.subspan(4), Crc32Plain(whole.first(4))), 0x2DFD2D88u);
 }
 
 }  // namespace

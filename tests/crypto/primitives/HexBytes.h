@@ -1,7 +1,9 @@
 #pragma once
-// Hex text to bytes and back, for vectors written as the standards print them.
+// Hex text to bytes and back, for vectors written as the standards print them; random bytes
+// for the round trips.
 
 #include <cstdint>
+#include <random>
 #include <span>
 #include <string>
 #include <string_view>
@@ -45,6 +47,14 @@ inline std::string ToHex(std::span<const std::uint8_t> bytes) {
 
 inline std::span<const std::uint8_t> AsBytes(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+inline std::vector<std::uint8_t> RandomBytes(std::mt19937& random, std::size_t count) {
+    std::vector<std::uint8_t> bytes(count);
+    for (auto& b : bytes) {
+        b = static_cast<std::uint8_t>(random());
+    }
+    return bytes;
 }
 
 }  // namespace crypto::test

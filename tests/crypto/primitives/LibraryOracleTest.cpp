@@ -35,21 +35,15 @@
 #include "crypto/Hashes.h"
 #include "crypto/detail/BlockCiphers.h"
 #include "tests/crypto/primitives/AesPathFixture.h"
+#include "tests/crypto/primitives/HexBytes.h"
 #include "tests/crypto/primitives/Sha1PathLoop.h"
 
 namespace crypto {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
+using test::RandomBytes;
 constexpr int kTrials = 200;
-
-Bytes RandomBytes(std::mt19937& random, std::size_t count) {
-    Bytes bytes(count);
-    for (auto& b : bytes) {
-        b = static_cast<std::uint8_t>(random());
-    }
-    return bytes;
-}
 
 Bytes Schedule(std::uint32_t cipher, const Bytes& key) {
     Bytes schedule(kScheduleBlockSize);

@@ -40,27 +40,6 @@ void MixWindowByHand(PoolBytes& pool, std::size_t start) {
     }
 }
 
-TEST(PoolMixing, FirstWindowIsOneCompressionOfTheFirst64BytesInLittleEndianWords) {
-    PoolBytes pool{};
-    pool[0] = 0x01;  // state word 0 is 1, not 0x01000000
-    pool[20] = 0x80;
-    PoolBytes mixed = pool;
-    MixPool(mixed);
-
-    std::uint32_t state[5] = {1, 0, 0, 0, 0};
-    std::uint8_t message[64] = {};
-    message[0] = 0x01;
-    message[20] = 0x80;
-    Sha1Transform(state, message);
-    // No later window writes below offset 20.
-    for (int w = 0; w < 5; ++w) {
-        for (int b = 0; b < 4; ++b) {
-            EXPECT_EQ(mixed[4 * w + b], static_cast<std::uint8_t>(state[w] >> (8 * b)))
-                << "word " << w << " byte " << b;
-        }
-    }
-}
-
 TEST(PoolMixing, TwentySixChainedWindowsWrappingAt512) {
     // The windows by hand run one after the other on the portable SHA-1; the mixing pairs them.
     PoolBytes expected = PatternPool();

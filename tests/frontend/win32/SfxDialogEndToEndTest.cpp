@@ -162,12 +162,6 @@ protected:
         return LocalizedStrings.GetLocalizedString(key);
     }
 
-    static void ExpectErrorBox(HWND box, HWND dialog, const char16_t* key) {
-        EXPECT_EQ(GetWindow(box, GW_OWNER), dialog);
-        EXPECT_EQ(Utf8(tests::WindowCaption(box)), Utf8(Localized(u"IDS_ERROR")));
-        EXPECT_EQ(Utf8(tests::MessageBoxText(box)), Utf8(Localized(key)));
-    }
-
     // Fails with the text of a box that the process still shows, if any.
     static void ExpectEnded(const StubProcess& stub, HWND dialog) {
         if (!stub.WaitForExit(kRunDeadline)) {
@@ -175,16 +169,6 @@ protected:
             FAIL() << "the stub still runs; a box says: " << Utf8(tests::MessageBoxText(box));
         }
         EXPECT_EQ(stub.ExitCode(), 0u);
-    }
-
-    static bool WaitUntilClosed(HWND window) {
-        for (DWORD waited = 0; waited < kBoxDeadline; waited += 50) {
-            if (!IsWindow(window) || !IsWindowVisible(window)) {
-                return true;
-            }
-            Sleep(50);
-        }
-        return false;
     }
 
     static std::u16string ArchivePath() { return *archivePath_; }
@@ -239,34 +223,6 @@ TEST_F(SfxDialogEndToEndTest, PasswordTypedIntoTheDialogExtractsTheTreeWithItsTa
         EXPECT_EQ(stream, identifiers);
     }
     EXPECT_TRUE(fs::is_directory(Extracted() / kEmptyFolder));
-}
-
-TEST_F(SfxDialogEndToEndTest, MissingCredentialsKeepTheDialogAndAWrongPasswordIsToldAndEndsIt) {
-    StubProcess stub(ArchivePath(), archiveFolder_->Root());
-    const HWND dialog = OpenDialog(stub);
-    ASSERT_NE(dialog, nullptr);
-    ASSERT_TRUE(tests::SetControlText(dialog, IDC_TARGET_FOLDER, Target()));
-
-    // OK with neither a password nor a key: an error box, and the dialog stays as it was.
-    tests::PressButton(dialog, IDC_EXTRACT);
-    const HWND box = stub.WaitForWindow(dialog, kBoxDeadline);
-    ASSERT_NE(box, nullptr);
-    ExpectErrorBox(box, dialog, u"IDS_USE_PWD_OR_KEY");
-    tests::PressButton(box, IDOK);
-    ASSERT_TRUE(WaitUntilClosed(box));
-    EXPECT_TRUE(IsWindowVisible(dialog));
-    EXPECT_FALSE(stub.WaitForExit(0));
-
-    // A wrong password fails once the archive is open: the user is told, then the dialog ends,
-    // and nothing was made.
-    ASSERT_TRUE(tests::SetControlText(dialog, IDC_PASSWORD, u"wrong horse"));
-    tests::PressButton(dialog, IDC_EXTRACT);
-    const HWND failed = stub.WaitForWindow(dialog, kBoxDeadline);
-    ASSERT_NE(failed, nullptr);
-    ExpectErrorBox(failed, dialog, u"IDS_DECOMPRESS_FAILED");
-    tests::PressButton(failed, IDOK);
-    ExpectEnded(stub, dialog);
-    EXPECT_FALSE(fs::exists(Extracted()));
 }
 
 }  // namespace

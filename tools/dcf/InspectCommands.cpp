@@ -177,7 +177,7 @@ CLI::App* AddInspectCommand(CLI::App& app, const char* name, const char* descrip
         "MEMBERs select entries: a name as 'dcf list' shows it, a folder with all it holds, or a "
         "pattern with * ? [..] ('reports/2021/*'; quote it for the shell).");
     command->add_option("ARCHIVE", options->archive, "The archive file")->required();
-    command->add_option("MEMBER", options->members, "Names or patterns of the entries to show");
+    command->add_option("MEMBER", options->members, "Names or patterns of the entries to take (all when none)");
     AddKeyOptions(*command, options->keys);
     return command;
 }

@@ -6,9 +6,9 @@
 #include <iostream>
 #include <string>
 
-#include "archive/ArchiveUserSettings.h"
-#include "archive/ArchiveWriteRequest.h"
-#include "archive/DcfWriter.h"
+#include "archive/detail/ArchiveUserSettings.h"
+#include "archive/detail/ArchiveWriteRequest.h"
+#include "archive/detail/DcfWriter.h"
 #include "platform/File.h"
 #include "platform/Text.h"
 

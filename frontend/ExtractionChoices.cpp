@@ -1,6 +1,6 @@
 #include "frontend/ExtractionChoices.h"
 
-#include "archive/SfxImage.h"
+#include "archive/detail/SfxImage.h"
 #include "frontend/ExtractionParameters.h"
 #include "platform/File.h"
 

@@ -2,8 +2,8 @@
 
 #include <mutex>
 
-#include "archive/ArchiveExtractRequest.h"
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/ArchiveExtractRequest.h"
+#include "archive/detail/FileFormatSFX.h"
 #include "frontend/ExtractionParameters.h"
 #include "frontend/LocalizedStrings.h"
 #include "platform/File.h"

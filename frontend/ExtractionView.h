@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "archive/ResultCodes.h"
+#include "archive/detail/ResultCodes.h"
 
 enum class ReplaceAnswer { Yes, No, Cancel };
 

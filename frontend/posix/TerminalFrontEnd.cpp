@@ -4,7 +4,7 @@
 #include <optional>
 #include <thread>
 
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/FileFormatSFX.h"
 #include "frontend/ExtractionChoices.h"
 #include "frontend/ExtractionDriver.h"
 #include "frontend/ExtractionParameters.h"

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "Common/Common/SecureBuffer.h"
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/FileFormatSFX.h"
 #include "frontend/ExtractionChoices.h"
 #include "frontend/ExtractionDriver.h"
 #include "frontend/ExtractionParameters.h"

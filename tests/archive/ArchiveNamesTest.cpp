@@ -1,4 +1,4 @@
-#include "archive/ArchiveNames.h"
+#include "archive/detail/ArchiveNames.h"
 
 #include <gtest/gtest.h>
 

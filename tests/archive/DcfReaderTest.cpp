@@ -1,4 +1,4 @@
-#include "archive/DcfReader.h"
+#include "archive/detail/DcfReader.h"
 
 #include <gtest/gtest.h>
 
@@ -10,11 +10,11 @@
 #include <optional>
 
 #include "Common/DataCategory/CategoryContainer.h"
-#include "archive/ArchiveExtractRequest.h"
-#include "archive/ArchiveNames.h"
-#include "archive/FileFormatDCF.h"
-#include "archive/FileFormatSFX.h"
-#include "archive/SfxTrailer.h"
+#include "archive/detail/ArchiveExtractRequest.h"
+#include "archive/detail/ArchiveNames.h"
+#include "archive/detail/FileFormatDCF.h"
+#include "archive/detail/FileFormatSFX.h"
+#include "archive/detail/SfxTrailer.h"
 #include "crypto/KeyGeneration.h"
 #include "crypto/Rsa.h"
 #include "platform/File.h"

@@ -1,4 +1,4 @@
-#include "archive/DcfRecords.h"
+#include "archive/detail/DcfRecords.h"
 
 #include <gtest/gtest.h>
 

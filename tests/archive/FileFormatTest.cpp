@@ -1,12 +1,12 @@
-#include "archive/FileFormat.h"
+#include "archive/detail/FileFormat.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 
-#include "archive/ArchiveExtractRequest.h"
-#include "archive/FileFormatDCF.h"
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/ArchiveExtractRequest.h"
+#include "archive/detail/FileFormatDCF.h"
+#include "archive/detail/FileFormatSFX.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "archive/KeyContext.h"
+#include "archive/detail/KeyContext.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "archive/SfxImage.h"
+#include "archive/detail/SfxImage.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/FileFormatSFX.h"
 #include "tests/TestFolder.h"
 
 namespace {

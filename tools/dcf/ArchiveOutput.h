@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "archive/ResultCodes.h"
+#include "archive/detail/ResultCodes.h"
 #include "tools/dcf/ToolOutput.h"
 
 namespace dcf {

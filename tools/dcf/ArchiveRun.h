@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <string>
 
-#include "archive/ArchiveUserSettings.h"
-#include "archive/DcfReader.h"
+#include "archive/detail/ArchiveUserSettings.h"
+#include "archive/detail/DcfReader.h"
 #include "frontend/terminal/TerminalUi.h"
 
 namespace dcf {

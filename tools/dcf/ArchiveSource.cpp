@@ -2,8 +2,8 @@
 
 #include <filesystem>
 
-#include "archive/SfxImage.h"
-#include "archive/SfxTrailer.h"
+#include "archive/detail/SfxImage.h"
+#include "archive/detail/SfxTrailer.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ToolOutput.h"
 

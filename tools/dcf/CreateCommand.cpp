@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "archive/FileFormatDCF.h"
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/FileFormatDCF.h"
+#include "archive/detail/FileFormatSFX.h"
 #include "frontend/terminal/TerminalUi.h"
 #include "platform/File.h"
 #include "platform/Text.h"

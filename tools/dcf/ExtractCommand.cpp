@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "archive/DcfReader.h"
+#include "archive/detail/DcfReader.h"
 #include "platform/File.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveRun.h"

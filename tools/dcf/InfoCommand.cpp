@@ -5,8 +5,8 @@
 #include <string>
 
 #include "Common/DataCategory/CategoryContainer.h"
-#include "archive/DcfReader.h"
-#include "archive/DcfRecords.h"
+#include "archive/detail/DcfReader.h"
+#include "archive/detail/DcfRecords.h"
 #include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveSource.h"

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "Common/Common/SecureBuffer.h"
-#include "archive/DcfRecords.h"
+#include "archive/detail/DcfRecords.h"
 #include "crypto/Rsa.h"
 #include "frontend/terminal/TerminalUi.h"
 #include "platform/File.h"

@@ -7,8 +7,8 @@
 
 #include <string>
 
-#include "archive/ArchiveExtractRequest.h"
-#include "archive/ArchiveWriteRequest.h"
+#include "archive/detail/ArchiveExtractRequest.h"
+#include "archive/detail/ArchiveWriteRequest.h"
 
 namespace dcf {
 

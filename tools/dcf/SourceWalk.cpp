@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "archive/ArchiveNames.h"
+#include "archive/detail/ArchiveNames.h"
 #include "platform/File.h"
 #include "platform/Text.h"
 #include "tools/dcf/EntrySelection.h"

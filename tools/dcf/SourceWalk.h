@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "archive/ArchiveUserSettings.h"
-#include "archive/ArchiveWriteRequest.h"
+#include "archive/detail/ArchiveUserSettings.h"
+#include "archive/detail/ArchiveWriteRequest.h"
 
 namespace dcf {
 

@@ -12,8 +12,8 @@
 #include <iterator>
 #include <thread>
 
-#include "archive/FileFormatSFX.h"
-#include "archive/SfxTrailer.h"
+#include "archive/detail/FileFormatSFX.h"
+#include "archive/detail/SfxTrailer.h"
 #include "crypto/KeyGeneration.h"
 #include "crypto/Rsa.h"
 #include "frontend/ExtractionDriver.h"

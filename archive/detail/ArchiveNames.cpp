@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "archive/Archive.h"
 #include "archive/detail/FileFormat.h"
 #include "platform/File.h"
 

@@ -13,9 +13,6 @@ std::u16string TargetRoot(const std::u16string& targetPath);
 // the backslash separates paths also a reserved device name or a component ending in a dot or
 // a blank.
 bool IsSafeArchiveName(std::u16string_view name);
-// What IsSafeArchiveName accepts on every system: with the rules of backslash systems wherever it
-// runs, so that an archive made here opens there too.
-bool IsPortableArchiveName(std::u16string_view name);
 
 // root + name, with the backslashes of the name turned into the platform's separator.
 std::u16string JoinArchiveName(const std::u16string& root, std::u16string_view name);

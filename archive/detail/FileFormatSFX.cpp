@@ -10,19 +10,8 @@
 #include "platform/File.h"
 #include "platform/Module.h"
 
-std::u16string GetModuleDirectory() {
-    const std::u16string path = platform::ModulePath();
-    const std::size_t separator = path.find_last_of(platform::kPathSeparator);
-    return separator == std::u16string::npos ? std::u16string() : path.substr(0, separator + 1);
-}
-
-std::uint64_t GetFileSizeOf(const std::u16string& path) {
-    std::uint64_t size = 0;
-    return platform::QueryFileSize(path, size) ? size : 0;
-}
-
-std::u16string DefaultStubPath() {
-    return GetModuleDirectory() + u"Vomdrel" + platform::kExecutableSuffix;
+std::u16string DCCFileFormatSFX::DefaultStubPath() {
+    return platform::GetModuleDirectory() + u"Vomdrel" + platform::kExecutableSuffix;
 }
 
 DCCFileFormatSFX::DCCFileFormatSFX() : DCCFileFormatSFX(DefaultStubPath()) {}
@@ -36,7 +25,7 @@ DCCFileFormatSFX::DCCFileFormatSFX(std::u16string stubPath, std::u16string exten
 DCCFileFormatSFX::~DCCFileFormatSFX() = default;
 
 bool DCCFileFormatSFX::IsFormatOf(std::u16string path) {
-    if (!HasOwnExtension(path) || GetFileSizeOf(path) <= kSfxTrailerSize) {
+    if (!HasOwnExtension(path) || platform::GetFileSizeOf(path) <= kSfxTrailerSize) {
         return false;
     }
     platform::File file;
@@ -62,7 +51,7 @@ FormatResult DCCFileFormatSFX::WriteArchive(ArchiveWriteRequest* request,
             if (platform::CopyFileReplacing(stubPath, temporaryPath) != platform::kErrorSuccess) {
                 return FORMAT_STUB_COPY_FAILED;
             }
-            const std::uint64_t stubSize = GetFileSizeOf(temporaryPath);
+            const std::uint64_t stubSize = platform::GetFileSizeOf(temporaryPath);
             platform::File stream;
             if (stream.Open(temporaryPath, platform::OpenMode::Append) != platform::kErrorSuccess) {
                 return FORMAT_FAILED;
@@ -72,7 +61,7 @@ FormatResult DCCFileFormatSFX::WriteArchive(ArchiveWriteRequest* request,
                 return written;
             }
             const SfxTrailerBytes trailer =
-                BuildSfxTrailer(GetFileSizeOf(temporaryPath) - stubSize);
+                BuildSfxTrailer(platform::GetFileSizeOf(temporaryPath) - stubSize);
             if (stream.Open(temporaryPath, platform::OpenMode::Append) != platform::kErrorSuccess ||
                 stream.Write(trailer.data(), trailer.size()) != platform::kErrorSuccess) {
                 return FORMAT_OUTPUT_WRITE_FAILED;

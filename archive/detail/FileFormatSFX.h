@@ -2,8 +2,6 @@
 // The self-extracting archive: a copy of the stub executable, the DCF image behind it, and the
 // 1024-byte trailer that tells where the image starts.
 
-#include <cstdint>
-
 #include "archive/detail/FileFormatDCF.h"
 
 class DCCFileFormatSFX : public DCCFileFormatDCF {
@@ -24,14 +22,10 @@ public:
                                 DCCArchiveUserSettings* settings) override;
 
     const std::u16string& StubPath() const { return stubPath; }
+    // The default stub: "Vomdrel" beside the running program, with the platform's executable
+    // suffix.
+    static std::u16string DefaultStubPath();
 
 private:
     std::u16string stubPath;
 };
-
-// The folder of the running program with its final separator; empty on failure.
-std::u16string GetModuleDirectory();
-// The size of a file; 0 when it is missing or can't be sized, so both look alike.
-std::uint64_t GetFileSizeOf(const std::u16string& path);
-// The default stub: "Vomdrel" beside the running program, with the platform's executable suffix.
-std::u16string DefaultStubPath();

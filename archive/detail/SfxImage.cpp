@@ -1,6 +1,6 @@
 #include "archive/detail/SfxImage.h"
 
-#include "archive/detail/FileFormatSFX.h"
+#include "platform/File.h"
 
 bool ReadSfxTrailer(platform::File& file, SfxTrailerBytes& trailer) {
     std::uint64_t size = 0;
@@ -14,7 +14,7 @@ bool ReadSfxTrailer(platform::File& file, SfxTrailerBytes& trailer) {
 }
 
 FormatResult OpenSfxImage(const std::u16string& path, platform::File& stream) {
-    const std::uint64_t size = GetFileSizeOf(path);
+    const std::uint64_t size = platform::GetFileSizeOf(path);
     if (size == 0) {
         return FORMAT_SOURCE_EMPTY;
     }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "archive/Archive.h"
 #include "platform/File.h"
 
 namespace {

@@ -7,6 +7,7 @@
 #include "archive/detail/ArchiveExtractRequest.h"
 #include "archive/detail/FileFormatDCF.h"
 #include "archive/detail/FileFormatSFX.h"
+#include "platform/Module.h"
 
 namespace {
 
@@ -50,11 +51,12 @@ TEST(FileFormat, CreateInstanceMakesIndependentObjectsOfTheSameFormat) {
     std::unique_ptr<DCCFileFormat> with_stub(sfx.CreateInstance(&stub));
     EXPECT_EQ(static_cast<DCCFileFormatSFX&>(*with_stub).StubPath(), stub);
     std::unique_ptr<DCCFileFormat> with_default(sfx.CreateInstance(nullptr));
-    EXPECT_EQ(static_cast<DCCFileFormatSFX&>(*with_default).StubPath(), DefaultStubPath());
+    EXPECT_EQ(static_cast<DCCFileFormatSFX&>(*with_default).StubPath(),
+              DCCFileFormatSFX::DefaultStubPath());
 }
 
 TEST(FileFormat, DefaultStubSitsBesideTheProgram) {
-    const std::u16string folder = GetModuleDirectory();
+    const std::u16string folder = platform::GetModuleDirectory();
     ASSERT_FALSE(folder.empty());
     EXPECT_TRUE(folder.back() == u'/' || folder.back() == u'\\');
     EXPECT_EQ(DCCFileFormatSFX().StubPath().rfind(folder + u"Vomdrel", 0), 0u);

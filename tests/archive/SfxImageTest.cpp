@@ -144,8 +144,8 @@ TEST(SfxImage, IsFormatOfNeedsExtensionAndSignature) {
         ASSERT_EQ(file.Write(std::string(5000, 'z').data(), 5000), platform::kErrorSuccess);
     }
     EXPECT_FALSE(sfx.IsFormatOf(no_signature));
-    EXPECT_EQ(GetFileSizeOf(no_signature), 5000u);
-    EXPECT_EQ(GetFileSizeOf(folder.Path(u"nothing")), 0u);
+    EXPECT_EQ(platform::GetFileSizeOf(no_signature), 5000u);
+    EXPECT_EQ(platform::GetFileSizeOf(folder.Path(u"nothing")), 0u);
 }
 
 }  // namespace

@@ -114,7 +114,7 @@ TEST_F(ExtractionDialogTest, OpensCentredWithoutProgressRowsOnTheProgramFolder) 
         MapWindowPoints(nullptr, dialog.Handle(), reinterpret_cast<POINT*>(&item), 2);
         EXPECT_GE(item.top, client.bottom) << "control " << id;
     }
-    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == GetModuleDirectory());
+    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == platform::GetModuleDirectory());
     EXPECT_EQ(GetFocus(), dialog.Item(IDC_PASSWORD));
     ExpectInputsEnabled(dialog, true);
     EXPECT_EQ(LOWORD(SendMessageW(dialog.Handle(), DM_GETDEFID, 0, 0)), IDC_EXTRACT);

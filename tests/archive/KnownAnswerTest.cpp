@@ -86,6 +86,9 @@ Tree TreeUnder(const fs::path& root) {
     Tree tree;
     for (const auto& entry : fs::recursive_directory_iterator(root)) {
         const std::string path = entry.path().lexically_relative(root).generic_string();
+        if (path.find(':') != std::string::npos) {
+            continue;  // a tag stream, which Wine keeps as a file of its own
+        }
         tree[path] = entry.is_directory() ? std::nullopt : std::optional(ReadFile(entry.path()));
     }
     return tree;

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "archive/ChunkCodec.h"
-#include "archive/ChunkCodecStored.h"
+#include "archive/detail/ChunkCodec.h"
+#include "archive/detail/ChunkCodecStored.h"
 
 #ifdef DCF_BENCH_ISAL
 #include <isa-l.h>

@@ -13,10 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "archive/BufferedIo.h"
-#include "archive/DataStream.h"
-#include "archive/DataStreamWriter.h"
-#include "archive/KeyBlockSealing.h"
+#include "archive/detail/BufferedIo.h"
+#include "archive/detail/DataStream.h"
+#include "archive/detail/DataStreamWriter.h"
+#include "archive/detail/KeyBlockSealing.h"
 #include "crypto/RandomPool.h"
 #include "platform/File.h"
 

@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "Common/DataCategory/CategoryContainer.h"
-#include "archive/DcfRecords.h"
-#include "archive/KeyContext.h"
+#include "archive/detail/DcfRecords.h"
+#include "archive/detail/KeyContext.h"
 #include "crypto/ChunkChain.h"
 #include "crypto/Hashes.h"
 #include "platform/Text.h"

@@ -3,13 +3,11 @@
 //   tree_shapes deep LEVELS OUT PASS   folders "d" nested LEVELS deep, a file "f" in the last
 //   tree_shapes wide FILES OUT PASS    FILES files "f0", "f1", ... in one folder "w"
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <string>
 
-#include "archive/ArchiveUserSettings.h"
-#include "archive/ArchiveWriteRequest.h"
-#include "archive/DcfWriter.h"
-#include "platform/File.h"
+#include "archive/Archive.h"
 #include "platform/Text.h"
 
 namespace {
@@ -57,16 +55,15 @@ int main(int argc, char** argv) {
     request.password = platform::Utf8ToUtf16(argv[4]);
     request.passwordGiven = true;
     shape == "deep" ? AddDeep(request, count) : AddWide(request, count);
-    platform::File out;
-    if (out.Open(platform::Utf8ToUtf16(argv[3]), platform::OpenMode::CreateAlways) !=
-        platform::kErrorSuccess) {
-        std::cerr << "tree_shapes: " << argv[3] << " can't be written\n";
-        return 1;
-    }
-    DCCArchiveUserSettings settings;
-    const FormatResult result = WriteArchiveBody(out, request, settings);
+    const std::filesystem::path out =
+        std::filesystem::absolute(std::filesystem::path(platform::Utf8ToUtf16(argv[3])));
+    request.archiveFolder = out.parent_path().u16string();
+    request.archiveName = out.filename().u16string();
+    DCCArchiveUserSettings settings;  // an archive of that name is replaced
+    DCCFileFormatDCF format;
+    const FormatResult result = format.WriteArchive(&request, &settings);
     if (result != FORMAT_OK) {
-        std::cerr << "tree_shapes: writing failed with result " << result << '\n';
+        std::cerr << "tree_shapes: " << argv[3] << ": " << DescribeFormatResult(result) << '\n';
         return 1;
     }
     return 0;

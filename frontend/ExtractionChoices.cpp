@@ -1,6 +1,5 @@
 #include "frontend/ExtractionChoices.h"
 
-#include "archive/SfxImage.h"
 #include "frontend/ExtractionParameters.h"
 #include "platform/File.h"
 
@@ -21,13 +20,6 @@ CredentialsOutcome AcceptCredentials(const std::u16string& keyPath, std::u16stri
         return CredentialsOutcome::Accepted;
     }
     return CredentialsOutcome::NothingGiven;
-}
-
-bool HoldsArchive(const std::u16string& path) {
-    platform::File file;
-    SfxTrailerBytes trailer{};
-    return file.Open(path, platform::OpenMode::Read) == platform::kErrorSuccess &&
-           ReadSfxTrailer(file, trailer) && HasSfxSignature(trailer);
 }
 
 std::u16string ArchiveTargetFolder(const std::u16string& target, const std::u16string& modulePath) {

@@ -15,9 +15,6 @@ enum class CredentialsOutcome {
 // The password goes into ExtractionParameters' wiping string; the caller wipes its own copy.
 CredentialsOutcome AcceptCredentials(const std::u16string& keyPath, std::u16string_view password);
 
-// True when the file ends in the trailer of a self-extracting archive.
-bool HoldsArchive(const std::u16string& path);
-
 // The folder an archive extracts into: a subfolder of `target` named after the running
 // archive (its file name up to the last dot), with a final separator. A target is a parent
 // folder, never the folder itself; an empty target gives a folder relative to the current one.

@@ -2,8 +2,7 @@
 
 #include <mutex>
 
-#include "archive/ArchiveExtractRequest.h"
-#include "archive/FileFormatSFX.h"
+#include "archive/Archive.h"
 #include "frontend/ExtractionParameters.h"
 #include "frontend/LocalizedStrings.h"
 #include "platform/File.h"
@@ -86,7 +85,7 @@ bool RunExtraction(FormatResult* formatResult) {
     if (!parameters.keyGiven && !parameters.passwordGiven) {
         return false;
     }
-    if (GetFileSizeOf(parameters.sourcePath) == 0) {
+    if (platform::GetFileSizeOf(parameters.sourcePath) == 0) {
         return false;
     }
     if (platform::File probe;

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "archive/ResultCodes.h"
+#include "archive/Archive.h"
 #include "frontend/ExtractionView.h"
 
 // Joins the archive code to the interactive front end for one extraction.

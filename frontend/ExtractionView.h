@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "archive/ResultCodes.h"
+#include "archive/Archive.h"
 
 enum class ReplaceAnswer { Yes, No, Cancel };
 

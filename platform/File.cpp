@@ -20,6 +20,11 @@ File& File::operator=(File&& other) noexcept {
     return *this;
 }
 
+std::uint64_t GetFileSizeOf(const std::u16string& path) {
+    std::uint64_t size = 0;
+    return QueryFileSize(path, size) ? size : 0;
+}
+
 ErrorCode MakeDirectoryLevels(const std::u16string& path, std::vector<std::u16string>& created) {
     created.clear();
     std::vector<std::u16string> missing;  // deepest first

@@ -63,6 +63,8 @@ private:
 
 // Size of a file; false when it can't be opened or sized.
 bool QueryFileSize(const std::u16string& path, std::uint64_t& size);
+// The same as a number: 0 when the file is missing or can't be sized, so both look alike.
+std::uint64_t GetFileSizeOf(const std::u16string& path);
 bool PathExists(const std::u16string& path);
 bool IsDirectory(const std::u16string& path);
 ErrorCode RemoveFile(const std::u16string& path);

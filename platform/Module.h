@@ -14,5 +14,7 @@ inline constexpr char16_t kExecutableSuffix[] = u"";
 
 // Full path of the running executable, empty on failure.
 std::u16string ModulePath();
+// The folder of the running executable with its final separator; empty on failure.
+std::u16string GetModuleDirectory();
 
 }  // namespace platform

@@ -4,7 +4,7 @@
 #include <optional>
 #include <thread>
 
-#include "archive/FileFormatSFX.h"
+#include "archive/Archive.h"
 #include "frontend/ExtractionChoices.h"
 #include "frontend/ExtractionDriver.h"
 #include "frontend/ExtractionParameters.h"
@@ -41,7 +41,7 @@ void RunInteractiveFrontEnd() {
         return;
     }
     const std::u16string self = platform::ModulePath();
-    if (!HoldsArchive(self)) {
+    if (!IsSelfExtractingFile(self)) {
         Print(platform::Utf8ToUtf16(
             "This program carries no archive: " + platform::Utf16ToUtf8(self) +
             " is the bare extraction stub, or its archive was cut off. There is nothing to "
@@ -56,7 +56,7 @@ CTerminalFrontEnd::CTerminalFrontEnd() : progress_(true, std::chrono::millisecon
 
 void CTerminalFrontEnd::Run() {
     platform::CatchInterrupts();
-    target_ = GetModuleDirectory();
+    target_ = platform::GetModuleDirectory();
     CurrentView.store(this);
     Print(u"Extract archive\n");
     while (!ended_ && AskForExtraction()) {

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "Common/Common/SecureBuffer.h"
-#include "archive/FileFormatSFX.h"
 #include "frontend/ExtractionChoices.h"
 #include "frontend/ExtractionDriver.h"
 #include "frontend/ExtractionParameters.h"
@@ -115,7 +114,7 @@ void OnInitDialog(HWND dialog) {
                (GetSystemMetrics(SM_CYSCREEN) - height) / 2, width, height - kProgressRowsHeight,
                TRUE);
     expanded = false;
-    SetDlgItemTextW(dialog, IDC_TARGET_FOLDER, Wide(GetModuleDirectory()));
+    SetDlgItemTextW(dialog, IDC_TARGET_FOLDER, Wide(platform::GetModuleDirectory()));
     SetFocus(GetDlgItem(dialog, IDC_PASSWORD));
     CurrentDialog.store(dialog);
     CurrentView.store(&dialogView);

@@ -1,7 +1,8 @@
-#include "archive/ArchiveNames.h"
+#include "archive/detail/ArchiveNames.h"
 
 #include <gtest/gtest.h>
 
+#include "archive/Archive.h"
 #include "platform/File.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "archive/ChunkCodecPool.h"
+#include "archive/detail/ChunkCodecPool.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "archive/ChunkCodec.h"
+#include "archive/detail/ChunkCodec.h"
 #include "tests/archive/ImageBuilder.h"
 
 namespace {

@@ -8,7 +8,7 @@
 
 #include "Common/Common/Endian.h"
 #include "Common/DataCategory/CategoryContainer.h"
-#include "archive/DcfRecords.h"
+#include "archive/detail/DcfRecords.h"
 #include "platform/File.h"
 #include "platform/TaggedFile.h"
 #include "tests/archive/ImageBuilder.h"

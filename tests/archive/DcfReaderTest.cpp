@@ -1,4 +1,4 @@
-#include "archive/DcfReader.h"
+#include "archive/detail/DcfReader.h"
 
 #include <gtest/gtest.h>
 
@@ -10,11 +10,9 @@
 #include <optional>
 
 #include "Common/DataCategory/CategoryContainer.h"
-#include "archive/ArchiveExtractRequest.h"
-#include "archive/ArchiveNames.h"
-#include "archive/FileFormatDCF.h"
-#include "archive/FileFormatSFX.h"
-#include "archive/SfxTrailer.h"
+#include "archive/detail/ArchiveExtractRequest.h"
+#include "archive/detail/ArchiveNames.h"
+#include "archive/detail/FileFormatDCF.h"
 #include "crypto/KeyGeneration.h"
 #include "crypto/Rsa.h"
 #include "platform/File.h"
@@ -511,20 +509,6 @@ TEST_F(DcfReaderTest, TruncatedImagesLeaveWhatTheTablePromises) {
             }
         }
     }
-}
-
-TEST_F(DcfReaderTest, SelfExtractingFileThroughTheSfxFormat) {
-    const Bytes content = tests::Noise(4000, 31);
-    const Bytes image = tests::BuildImage(ImageSettings{}, {}, {{u"\\in.exe", content, {}}});
-    Bytes sfx(3000, 'M');
-    sfx.insert(sfx.end(), image.begin(), image.end());
-    const SfxTrailerBytes trailer = BuildSfxTrailer(image.size());
-    sfx.insert(sfx.end(), trailer.begin(), trailer.end());
-    WriteArchive(sfx);
-    DCCFileFormatSFX format;
-    ASSERT_EQ(format.ExtractArchive(&request_, &settings_), FORMAT_OK);
-    EXPECT_EQ(ReadFile(Out() / "in.exe"), content);
-    EXPECT_EQ(format.ExtractedFiles().size(), 1u);
 }
 
 // Archives sealed for a recipient: one key pair for the whole suite, it takes a while to make.

@@ -1,4 +1,4 @@
-#include "archive/DcfRecords.h"
+#include "archive/detail/DcfRecords.h"
 
 #include <gtest/gtest.h>
 
@@ -263,33 +263,6 @@ TEST(DcfRecords, ChunkAndPieceCounts) {
     dcf::EncodeChunkLength(0x01020304, lengthBlock);
     EXPECT_EQ(Slice(lengthBlock, 0, 16), (Bytes{4, 3, 2, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
     EXPECT_EQ(dcf::DecodeChunkLength(lengthBlock), 0x01020304u);
-}
-
-TEST(DcfRecords, SampleImageOffsets) {
-    // \docs, \docs\a.txt (5000 bytes, 100-byte category block) and \docs\empty.txt.
-    const Bytes categoryBlock(100, 7);
-    std::uint64_t offset = dcf::EncodePreamble(categoryBlock).size();
-    EXPECT_EQ(offset, 140u);
-    offset += dcf::kKeyBlockSize;
-    EXPECT_EQ(offset, 1164u);
-    offset += dcf::kFolderHeaderSize;
-    EXPECT_EQ(offset, 2188u);
-    offset += dcf::kEndOfHeaderSize;
-    EXPECT_EQ(offset, 2204u);
-    offset += dcf::EncodeNameBlock({u"\\docs"}, {u"\\docs\\a.txt", u"\\docs\\empty.txt"}).size();
-    EXPECT_EQ(offset, 2300u);
-    offset += dcf::kFileHeaderSize;
-    EXPECT_EQ(offset, 3324u);
-    offset += dcf::EncodeTagBlock(categoryBlock).size();
-    EXPECT_EQ(offset, 3436u);
-    const std::uint64_t chunkEnds[] = {4156, 4892, 5244};
-    const std::uint32_t compressed[] = {700, 710, 333};
-    for (int i = 0; i < 3; ++i) {
-        offset += dcf::ChunkStoredSize(compressed[i], 16);
-        EXPECT_EQ(offset, chunkEnds[i]);
-    }
-    offset += dcf::kFileHeaderSize;
-    EXPECT_EQ(offset, 6268u);
 }
 
 }  // namespace

@@ -8,10 +8,10 @@
 #include <ctime>
 
 #include "Common/Common/Endian.h"
-#include "archive/DcfReader.h"
-#include "archive/FileFormatSFX.h"
-#include "archive/KeyBlockSealing.h"
-#include "archive/SfxTrailer.h"
+#include "archive/detail/DcfReader.h"
+#include "archive/detail/FileFormatSFX.h"
+#include "archive/detail/KeyBlockSealing.h"
+#include "archive/detail/SfxTrailer.h"
 #include "crypto/ChunkChain.h"
 #include "crypto/KeyGeneration.h"
 #include "crypto/RandomPool.h"

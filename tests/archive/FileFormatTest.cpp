@@ -1,32 +1,15 @@
-#include "archive/FileFormat.h"
+#include "archive/detail/FileFormat.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 
-#include "archive/ArchiveExtractRequest.h"
-#include "archive/FileFormatDCF.h"
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/ArchiveExtractRequest.h"
+#include "archive/detail/FileFormatDCF.h"
+#include "archive/detail/FileFormatSFX.h"
+#include "platform/Module.h"
 
 namespace {
-
-TEST(FileFormat, NamesExtensionsAndIds) {
-    DCCFileFormatDCF dcf;
-    DCCFileFormatSFX sfx;
-    DCCFileFormat base(u"X", u".x", nullptr);
-    EXPECT_EQ(dcf.FormatName(), u"DCF");
-    EXPECT_EQ(dcf.Extension(), u".dcf");
-    EXPECT_EQ(sfx.FormatName(), u"EXE");
-    EXPECT_EQ(sfx.Extension(), u".exe");
-    EXPECT_EQ(base.GetFormatId(), 0);
-    EXPECT_EQ(dcf.GetFormatId(), 2);
-    EXPECT_EQ(sfx.GetFormatId(), 3);
-    EXPECT_FALSE(base.IsFormatOf(u"a.x"));
-    EXPECT_EQ(base.CreateInstance(nullptr), nullptr);
-    EXPECT_EQ(base.FormatHookA(1, 2), 2);
-    EXPECT_EQ(base.FormatHookB(u"a", u"b"), 1);
-    EXPECT_EQ(sfx.FormatHookC(u"a", u"b"), 1);
-}
 
 TEST(FileFormat, ExtensionMatchIgnoresCaseAndNeedsTheWholeExtension) {
     DCCFileFormatDCF dcf;
@@ -50,23 +33,15 @@ TEST(FileFormat, CreateInstanceMakesIndependentObjectsOfTheSameFormat) {
     std::unique_ptr<DCCFileFormat> with_stub(sfx.CreateInstance(&stub));
     EXPECT_EQ(static_cast<DCCFileFormatSFX&>(*with_stub).StubPath(), stub);
     std::unique_ptr<DCCFileFormat> with_default(sfx.CreateInstance(nullptr));
-    EXPECT_EQ(static_cast<DCCFileFormatSFX&>(*with_default).StubPath(), DefaultStubPath());
+    EXPECT_EQ(static_cast<DCCFileFormatSFX&>(*with_default).StubPath(),
+              DCCFileFormatSFX::DefaultStubPath());
 }
 
 TEST(FileFormat, DefaultStubSitsBesideTheProgram) {
-    const std::u16string folder = GetModuleDirectory();
+    const std::u16string folder = platform::GetModuleDirectory();
     ASSERT_FALSE(folder.empty());
     EXPECT_TRUE(folder.back() == u'/' || folder.back() == u'\\');
     EXPECT_EQ(DCCFileFormatSFX().StubPath().rfind(folder + u"Vomdrel", 0), 0u);
-}
-
-TEST(FileFormat, CallbackIsStoredAndReturned) {
-    struct Listener : DCIFileFormatCallback {
-    } listener;
-    DCCFileFormatDCF dcf;
-    EXPECT_EQ(dcf.GetCallback(), nullptr);
-    EXPECT_EQ(dcf.SetCallback(&listener), &listener);
-    EXPECT_EQ(dcf.GetCallback(), &listener);
 }
 
 TEST(FileFormat, NullRequestOrSettingsIsABadArgument) {
@@ -78,24 +53,6 @@ TEST(FileFormat, NullRequestOrSettingsIsABadArgument) {
     EXPECT_EQ(dcf.ExtractArchive(&request, nullptr), FORMAT_BAD_ARGUMENT);
     EXPECT_EQ(sfx.ExtractArchive(nullptr, &settings), FORMAT_BAD_ARGUMENT);
     EXPECT_EQ(sfx.ExtractArchive(&request, nullptr), FORMAT_BAD_ARGUMENT);
-}
-
-TEST(ArchiveUserSettings, DefaultsCancelFlagAndContexts) {
-    DCCArchiveUserSettings settings;
-    EXPECT_EQ(settings.overwriteMode, OVERWRITE_REPLACE);
-    EXPECT_FALSE(settings.IsCancelled());  // no flag at all
-    std::atomic<std::uint8_t> flag{0};
-    settings.cancelFlag = &flag;
-    EXPECT_FALSE(settings.IsCancelled());
-    flag = 7;
-    EXPECT_TRUE(settings.IsCancelled());
-
-    int context = 0;
-    settings.callbackContexts[CALLBACK_FILE_EXISTS] = &context;
-    EXPECT_EQ(settings.Context(CALLBACK_FILE_EXISTS), &context);
-    EXPECT_EQ(settings.Context(CALLBACK_PROGRESS), nullptr);
-    EXPECT_EQ(settings.onProgress, nullptr);
-    EXPECT_EQ(settings.onFileWriting, nullptr);
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "archive/DcfRecords.h"
-#include "archive/KeyContext.h"
+#include "archive/detail/DcfRecords.h"
+#include "archive/detail/KeyContext.h"
 #include "crypto/ChunkChain.h"
 
 namespace tests {

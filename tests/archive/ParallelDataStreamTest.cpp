@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "archive/BufferedIo.h"
-#include "archive/DataStream.h"
-#include "archive/DataStreamWriter.h"
-#include "archive/DcfRecords.h"
+#include "archive/detail/BufferedIo.h"
+#include "archive/detail/DataStream.h"
+#include "archive/detail/DataStreamWriter.h"
+#include "archive/detail/DcfRecords.h"
 #include "crypto/ChunkChain.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"

@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "Common/DataCategory/CategoryContainer.h"
-#include "archive/ArchiveExtractRequest.h"
-#include "archive/ArchiveUserSettings.h"
-#include "archive/FileFormatDCF.h"
+#include "archive/detail/ArchiveExtractRequest.h"
+#include "archive/detail/ArchiveUserSettings.h"
+#include "archive/detail/FileFormatDCF.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
 

@@ -2,9 +2,9 @@
 // what each failure leaves behind.
 #include <gtest/gtest.h>
 
-#include "archive/ArchivePathSettling.h"
-#include "archive/DcfWriter.h"
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/ArchivePathSettling.h"
+#include "archive/detail/DcfWriter.h"
+#include "archive/detail/FileFormatSFX.h"
 #include "crypto/random/ProcessPool.h"
 #include "tests/archive/WriterFixture.h"
 

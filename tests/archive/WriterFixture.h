@@ -11,8 +11,8 @@
 #include <set>
 #include <string>
 
-#include "archive/ArchiveWriteRequest.h"
-#include "archive/FileFormatDCF.h"
+#include "archive/detail/ArchiveWriteRequest.h"
+#include "archive/detail/FileFormatDCF.h"
 #include "tests/archive/ReaderFixture.h"
 
 namespace tests {

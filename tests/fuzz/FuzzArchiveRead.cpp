@@ -20,9 +20,9 @@
 #include <string>
 #include <vector>
 
-#include "archive/ArchiveExtractRequest.h"
-#include "archive/ArchiveUserSettings.h"
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/ArchiveExtractRequest.h"
+#include "archive/detail/ArchiveUserSettings.h"
+#include "archive/detail/FileFormatSFX.h"
 #include "tests/TestFolder.h"
 #include "tests/fuzz/HostileImage.h"
 

@@ -4,9 +4,9 @@
 #include <stdexcept>
 #include <string>
 
-#include "archive/DcfRecords.h"
-#include "archive/KeyContext.h"
-#include "archive/SfxTrailer.h"
+#include "archive/detail/DcfRecords.h"
+#include "archive/detail/KeyContext.h"
+#include "archive/detail/SfxTrailer.h"
 #include "crypto/ChunkChain.h"
 
 namespace fuzz {

@@ -1,6 +1,6 @@
 #include "tools/dcf/ArchiveOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 void FailWithResult(const std::string& command, const std::string& file, FormatResult result) {
     int code = kExitFailure;
@@ -28,4 +28,4 @@ void FailWithResult(const std::string& command, const std::string& file, FormatR
     FailWith(command, file + ": " + DescribeFormatResult(result), code);
 }
 
-}  // namespace dcf
+}  // namespace dcftool

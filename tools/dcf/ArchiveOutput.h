@@ -4,13 +4,13 @@
 
 #include <string>
 
-#include "archive/ResultCodes.h"
+#include "archive/Archive.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 // Ends the command for a result of the archive code other than FORMAT_OK, naming `file`.
 [[noreturn]] void FailWithResult(const std::string& command, const std::string& file,
                                  FormatResult result);
 
-}  // namespace dcf
+}  // namespace dcftool

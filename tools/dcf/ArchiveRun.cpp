@@ -1,11 +1,11 @@
 #include "tools/dcf/ArchiveRun.h"
 
-#include "platform/Text.h"
 #include "platform/Terminal.h"
+#include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -65,8 +65,8 @@ OverwriteMode ArchiveRun::OnFileExists(const std::u16string* path, bool*, void* 
     static constexpr std::string_view kChoices[] = {"yes", "no", "all", "quit"};
     static constexpr OverwriteMode kAnswers[] = {OVERWRITE_REPLACE, OVERWRITE_SKIP,
                                                  OVERWRITE_REPLACE, OVERWRITE_CANCEL};
-    const std::optional<std::size_t> choice =
-        terminal::AskChoice(Printable(platform::Utf16ToUtf8(*path)) + " exists. Replace it? ", kChoices);
+    const std::optional<std::size_t> choice = terminal::AskChoice(
+        Printable(platform::Utf16ToUtf8(*path)) + " exists. Replace it? ", kChoices);
     if (!choice) {
         run.PollInterrupt();
         return OVERWRITE_CANCEL;
@@ -131,4 +131,4 @@ std::string DisplayName(const std::u16string& storedName) {
     return platform::Utf16ToUtf8(name);
 }
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -7,11 +7,10 @@
 #include <cstdint>
 #include <string>
 
-#include "archive/ArchiveUserSettings.h"
-#include "archive/DcfReader.h"
+#include "archive/Archive.h"
 #include "frontend/terminal/TerminalUi.h"
 
-namespace dcf {
+namespace dcftool {
 
 class ArchiveRun {
 public:
@@ -53,4 +52,4 @@ private:
 // A stored name for display: no leading backslash, '/' between components, UTF-8.
 std::string DisplayName(const std::u16string& storedName);
 
-}  // namespace dcf
+}  // namespace dcftool

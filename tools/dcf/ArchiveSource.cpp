@@ -2,36 +2,23 @@
 
 #include <filesystem>
 
-#include "archive/SfxImage.h"
-#include "archive/SfxTrailer.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
-ImageSource OpenImage(const std::string& command, const std::string& path) {
+ArchiveImage OpenImage(const std::string& command, const std::string& path) {
     const std::u16string native = PathFromArgument(path);
-    ImageSource source;
-    const platform::ErrorCode error = source.stream.Open(native, platform::OpenMode::Read);
-    if (error != platform::kErrorSuccess) {
+    ArchiveImage image;
+    platform::ErrorCode error = platform::kErrorSuccess;
+    const FormatResult result = image.Open(native, error);
+    if (result == FORMAT_SOURCE_OPEN_FAILED) {
         FailWith(command, path + ": " + DescribeError(error, native), kExitIo);
     }
-    SfxTrailerBytes trailer{};
-    if (ReadSfxTrailer(source.stream, trailer) && HasSfxSignature(trailer)) {
-        const FormatResult located = OpenSfxImage(native, source.stream);
-        if (located != FORMAT_OK) {
-            FailWithResult(command, path, located);
-        }
-        source.selfExtracting = true;
-        source.size = SfxImageSize(trailer);
-        source.stream.Tell(source.offset);
-        return source;
+    if (result != FORMAT_OK) {
+        FailWithResult(command, path, result);
     }
-    if (source.stream.Size(source.size) != platform::kErrorSuccess ||
-        source.stream.Seek(0) != platform::kErrorSuccess) {
-        FailWith(command, path + ": cannot be read", kExitIo);
-    }
-    return source;
+    return image;
 }
 
 std::u16string CanonicalPath(const std::string& argument) {
@@ -41,4 +28,4 @@ std::u16string CanonicalPath(const std::string& argument) {
     return error ? PathFromArgument(argument) : canonical.u16string();
 }
 
-}  // namespace dcf
+}  // namespace dcftool

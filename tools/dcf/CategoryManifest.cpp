@@ -10,7 +10,7 @@
 #include "platform/Text.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -182,4 +182,4 @@ void ApplyCategoryManifest(const std::string& command, const std::string& path,
     }
 }
 
-}  // namespace dcf
+}  // namespace dcftool

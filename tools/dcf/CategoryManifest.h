@@ -8,7 +8,7 @@
 
 #include "tools/dcf/SourceWalk.h"
 
-namespace dcf {
+namespace dcftool {
 
 // Reads the manifest at `path` and hands each listed file its categories. Ends the command for
 // a manifest that can't be read or parsed, a category without a valid "id", a field of the
@@ -17,4 +17,4 @@ namespace dcf {
 void ApplyCategoryManifest(const std::string& command, const std::string& path,
                            SourceListing& listing);
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -4,7 +4,7 @@
 
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -84,4 +84,4 @@ std::string DescribeParseFailure(const CLI::App* app, const CLI::Error& error) {
     return "dcf: " + std::string(error.what()) + "; see '" + command + " --help'\n";
 }
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace dcf {
+namespace dcftool {
 
 // The arguments for CLI11, in order: "help [COMMAND]" becomes "[COMMAND] --help". Ends the
 // program as a usage error for a word that is no command and an option that dcf does not know
@@ -17,4 +17,4 @@ std::vector<std::string> PrepareArguments(const CLI::App& app, int argc, char** 
 // Words for CLI11's own errors: "dcf: <what>", and where to read more.
 std::string DescribeParseFailure(const CLI::App* app, const CLI::Error& error);
 
-}  // namespace dcf
+}  // namespace dcftool

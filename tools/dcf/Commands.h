@@ -3,7 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace dcf {
+namespace dcftool {
 
 void AddKeygenCommand(CLI::App& app);
 void AddCreateCommand(CLI::App& app);
@@ -12,4 +12,4 @@ void AddListCommand(CLI::App& app);
 void AddTestCommand(CLI::App& app);
 void AddInfoCommand(CLI::App& app);
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -7,8 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "archive/FileFormatDCF.h"
-#include "archive/FileFormatSFX.h"
+#include "archive/Archive.h"
 #include "frontend/terminal/TerminalUi.h"
 #include "platform/File.h"
 #include "platform/Text.h"
@@ -21,7 +20,7 @@
 #include "tools/dcf/SourceWalk.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -253,4 +252,4 @@ void AddCreateCommand(CLI::App& app) {
     });
 }
 
-}  // namespace dcf
+}  // namespace dcftool

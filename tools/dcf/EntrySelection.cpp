@@ -2,7 +2,7 @@
 
 #include "platform/Text.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -152,4 +152,4 @@ std::vector<std::string> EntrySelection::Unmatched() const {
     return unmatched;
 }
 
-}  // namespace dcf
+}  // namespace dcftool

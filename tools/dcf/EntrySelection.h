@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace dcf {
+namespace dcftool {
 
 // Shell-style matching of a whole name: '*' any run of characters, '?' one character, "[a-z]"
 // and "[!a]" one of a set or not, '\' the next character as it is. '*' and '?' match '/' too,
@@ -37,4 +37,4 @@ private:
     unsigned strip_;
 };
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "archive/DcfReader.h"
+#include "archive/Archive.h"
 #include "platform/File.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveRun.h"
@@ -15,7 +15,7 @@
 #include "tools/dcf/KeyInput.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -91,7 +91,7 @@ private:
 };
 
 void RunExtract(const ExtractOptions& options) {
-    ImageSource source = OpenImage(kCommand, options.archive);
+    ArchiveImage image = OpenImage(kCommand, options.archive);
     ArchiveExtractRequest request;
     request.keepPartialFile = false;  // no file under its real name is ever incomplete
     request.sourcePath = CanonicalPath(options.archive);
@@ -109,15 +109,14 @@ void RunExtract(const ExtractOptions& options) {
         run.AskBeforeReplacing();
     }
     std::vector<std::u16string> extracted;
-    const FormatResult result =
-        ReadArchiveBody(source.stream, request, run.settings, extracted, nullptr, run.report);
+    const FormatResult result = image.Extract(request, run.settings, extracted, run.report);
     run.EndProgress();
     if (result == FORMAT_CANCELLED && !run.Interrupted() && run.settings.onFileExists == nullptr &&
         !run.report.entries.empty()) {
         FailWith(kCommand,
-                 options.archive + ": stopped at " + Printable(DisplayName(run.report.entries.back().name)) +
-                     ", which exists in " + options.directory +
-                     "; choose what to do with --overwrite (replace or skip)",
+                 options.archive + ": stopped at " +
+                     Printable(DisplayName(run.report.entries.back().name)) + ", which exists in " +
+                     options.directory + "; choose what to do with --overwrite (replace or skip)",
                  kExitCancelled);
     }
     if (result == FORMAT_TARGET_OPEN_FAILED && !run.report.entries.empty()) {
@@ -165,4 +164,4 @@ void AddExtractCommand(CLI::App& app) {
     command->callback([options] { RunExtract(*options); });
 }
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -1,12 +1,10 @@
 // dcf info: what an archive shows without its key.
-#include <array>
 #include <iostream>
 #include <memory>
 #include <string>
 
 #include "Common/DataCategory/CategoryContainer.h"
-#include "archive/DcfReader.h"
-#include "archive/DcfRecords.h"
+#include "archive/Archive.h"
 #include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveSource.h"
@@ -16,7 +14,7 @@
 #include "tools/dcf/ShippedStubs.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -28,28 +26,23 @@ struct InfoOptions {
 };
 
 // Why the preamble could not be read: no image at all, or one whose preamble is damaged.
-[[noreturn]] void FailOnPreamble(const std::string& archive, ImageSource& source) {
-    std::array<std::uint8_t, dcf::kSignatureSize> head{};
-    std::size_t got = 0;
-    const bool signature =
-        source.stream.Seek(source.offset) == platform::kErrorSuccess &&
-        source.stream.Read(head.data(), head.size(), got) == platform::kErrorSuccess &&
-        got == head.size() && dcf::HasSignature(head);
+[[noreturn]] void FailOnPreamble(const std::string& archive, ArchiveImage& image) {
     FailWith(kCommand,
-             archive + (signature ? ": damaged: the category preamble runs past the end of the file"
-                                  : ": not a DCF archive (no signature at offset " +
-                                        std::to_string(source.offset) + ")"),
+             archive + (image.HasSignature()
+                            ? ": damaged: the category preamble runs past the end of the file"
+                            : ": not a DCF archive (no signature at offset " +
+                                  std::to_string(image.Offset()) + ")"),
              kExitDamaged);
 }
 
-void PrintJson(const InfoOptions& options, const ImageSource& source,
+void PrintJson(const InfoOptions& options, const ArchiveImage& image,
                const Zelmarik::CCategoryContainer& categories, bool intact,
                const std::string& stubDigest, const std::string& shippedStub) {
     std::cout << "{\"file\": " << JsonString(options.archive)
-              << ", \"selfExtracting\": " << (source.selfExtracting ? "true" : "false")
+              << ", \"selfExtracting\": " << (image.SelfExtracting() ? "true" : "false")
               << ", \"stubSha256\": " << (stubDigest.empty() ? "null" : JsonString(stubDigest))
               << ", \"shippedStub\": " << (shippedStub.empty() ? "null" : JsonString(shippedStub))
-              << ", \"imageOffset\": " << source.offset << ", \"imageSize\": " << source.size
+              << ", \"imageOffset\": " << image.Offset() << ", \"imageSize\": " << image.Size()
               << ", \"keyBlock\": " << JsonString(KeyBlockInWords())
               << ", \"categoriesIntact\": " << (intact ? "true" : "false")
               << ",\n \"categories\": [";
@@ -71,37 +64,37 @@ void PrintJson(const InfoOptions& options, const ImageSource& source,
 }
 
 void RunInfo(const InfoOptions& options) {
-    ImageSource source = OpenImage(kCommand, options.archive);
+    ArchiveImage image = OpenImage(kCommand, options.archive);
     Zelmarik::CCategoryContainer categories;
     bool intact = false;
-    if (ReadArchivePreamble(source.stream, categories, intact) != FORMAT_OK) {
-        FailOnPreamble(options.archive, source);
+    if (image.ReadPreamble(categories, intact) != FORMAT_OK) {
+        FailOnPreamble(options.archive, image);
     }
     // The stub is everything in front of the image; a sender checks it against the stubs shipped.
     std::string stubDigest;
     std::string shippedStub;
-    if (source.selfExtracting) {
-        stubDigest = FileDigest("info", options.archive, source.offset);
+    if (image.SelfExtracting()) {
+        stubDigest = FileDigest("info", options.archive, image.Offset());
         shippedStub = ShippedStubWithDigest(stubDigest);
     }
     if (options.json) {
-        PrintJson(options, source, categories, intact, stubDigest, shippedStub);
+        PrintJson(options, image, categories, intact, stubDigest, shippedStub);
         return;
     }
     std::cout << "File:          " << options.archive << '\n'
               << "Form:          "
-              << (source.selfExtracting ? "self-extracting (image found through its trailer)"
-                                        : "plain DCF image")
+              << (image.SelfExtracting() ? "self-extracting (image found through its trailer)"
+                                         : "plain DCF image")
               << '\n';
-    if (source.selfExtracting) {
+    if (image.SelfExtracting()) {
         std::cout << "Stub SHA-256:  " << stubDigest << '\n'
                   << "Stub:          "
                   << (shippedStub.empty() ? "not one of the stubs shipped with this dcf"
                                           : "the " + shippedStub + " stub shipped with this dcf")
                   << '\n';
     }
-    std::cout << "Image offset:  " << source.offset << '\n'
-              << "Image size:    " << source.size << " bytes\n"
+    std::cout << "Image offset:  " << image.Offset() << '\n'
+              << "Image size:    " << image.Size() << " bytes\n"
               << "Key block:     " << KeyBlockInWords() << '\n'
               << "Categories:    ";
     if (!intact) {
@@ -125,4 +118,4 @@ void AddInfoCommand(CLI::App& app) {
     command->callback([options] { RunInfo(*options); });
 }
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "archive/DcfReader.h"
+#include "archive/Archive.h"
 #include "platform/Text.h"
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveRun.h"
@@ -19,7 +19,7 @@
 #include "tools/dcf/SealDescription.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -34,7 +34,7 @@ struct InspectOptions {
 
 // What a walk found, narrowed to the entries that the MEMBERs select.
 struct Inspection {
-    ImageSource source;
+    ArchiveImage image;
     ArchiveRun run;
     std::vector<const ArchiveEntryInfo*> entries;
     std::vector<const std::u16string*> folders;
@@ -44,13 +44,12 @@ struct Inspection {
 
 // Walks the archive; ends the command at the first damage, or when a MEMBER selects nothing.
 void Inspect(const std::string& command, const InspectOptions& options, Inspection& inspection) {
-    inspection.source = OpenImage(command, options.archive);
+    inspection.image = OpenImage(command, options.archive);
     ArchiveExtractRequest request;
     request.sourcePath = PathFromArgument(options.archive);
     LoadKeys(command, options.archive, options.keys, request);
     ArchiveRun& run = inspection.run;
-    const FormatResult result =
-        InspectArchiveBody(inspection.source.stream, request, run.settings, run.report);
+    const FormatResult result = inspection.image.Inspect(request, run.settings, run.report);
     run.EndProgress();
     run.EndOnFailure(command, options.archive, result);
     EntrySelection selection(options.members, 0);
@@ -76,7 +75,7 @@ std::string CategoryLabel(const Zelmarik::CDlpCategory& category) {
 
 void PrintJson(const Inspection& inspection) {
     const ArchiveReport& report = inspection.run.report;
-    std::cout << "{\"selfExtracting\": " << (inspection.source.selfExtracting ? "true" : "false")
+    std::cout << "{\"selfExtracting\": " << (inspection.image.SelfExtracting() ? "true" : "false")
               << ", \"formatVersion\": " << static_cast<int>(report.formatVersion)
               << ", \"suite\": " << report.suiteId
               << ", \"suiteName\": " << JsonString(SuiteInWords(report.suiteId))
@@ -131,8 +130,8 @@ void PrintLong(const Inspection& inspection) {
             categories += (categories.empty() ? "  [" : ", ") + CategoryLabel(category);
         }
         std::cout << std::setw(14) << entry->size << std::setw(14) << entry->packedSize << "  "
-                  << Printable(DisplayName(entry->name)) << categories << (categories.empty() ? "" : "]")
-                  << '\n';
+                  << Printable(DisplayName(entry->name)) << categories
+                  << (categories.empty() ? "" : "]") << '\n';
         size += entry->size;
         packed += entry->packedSize;
     }
@@ -206,4 +205,4 @@ void AddTestCommand(CLI::App& app) {
     command->callback([options] { RunTest(*options); });
 }
 
-}  // namespace dcf
+}  // namespace dcftool

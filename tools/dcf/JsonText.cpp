@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-namespace dcf {
+namespace dcftool {
 
 std::string JsonString(std::string_view text) {
     std::string out = "\"";
@@ -36,4 +36,4 @@ std::string JsonString(std::string_view text) {
     return out + "\"";
 }
 
-}  // namespace dcf
+}  // namespace dcftool

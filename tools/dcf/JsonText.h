@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-namespace dcf {
+namespace dcftool {
 
 // `text` (UTF-8) as a JSON string literal, quotes included.
 std::string JsonString(std::string_view text);
 
-}  // namespace dcf
+}  // namespace dcftool

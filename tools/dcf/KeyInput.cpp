@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "Common/Common/SecureBuffer.h"
-#include "archive/DcfRecords.h"
+#include "archive/Archive.h"
 #include "crypto/Rsa.h"
 #include "frontend/terminal/TerminalUi.h"
 #include "platform/File.h"
@@ -17,7 +17,7 @@
 #include "tools/dcf/PasswordAdvice.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -203,12 +203,13 @@ void LoadNewPassword(const std::string& command, const std::string& archive,
         command, archive, options.passwordFile, options.passwordStdin, true,
         "--password-file, --password-stdin or --no-password with --recipient", typed);
     RefuseEmpty(command, password);
-    const auto bytes = PasswordBytes(password.View());
-    if (!bytes) {
-        FailWith(command, "the password is longer than 64 bytes", kExitUsage);
-    }
-    if (bytes->empty()) {
-        FailWith(command, "nothing of the password is left once cut to low bytes", kExitUsage);
+    switch (FitPassword(password.View())) {
+        case PasswordFit::TooLong:
+            FailWith(command, "the password is longer than 64 bytes", kExitUsage);
+        case PasswordFit::Empty:
+            FailWith(command, "nothing of the password is left once cut to low bytes", kExitUsage);
+        case PasswordFit::Fits:
+            break;
     }
     if (const auto warning = CutCharactersWarning(password.View())) {
         Note(command, *warning);
@@ -250,4 +251,4 @@ void LoadRecipient(const std::string& command, const std::string& path,
     request.sealForKey = true;
 }
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -7,10 +7,9 @@
 
 #include <string>
 
-#include "archive/ArchiveExtractRequest.h"
-#include "archive/ArchiveWriteRequest.h"
+#include "archive/Archive.h"
 
-namespace dcf {
+namespace dcftool {
 
 struct KeyOptions {
     std::string passwordFile;
@@ -44,4 +43,4 @@ void LoadNewPassword(const std::string& command, const std::string& archive,
 void LoadRecipient(const std::string& command, const std::string& path,
                    ArchiveWriteRequest& request);
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -10,7 +10,7 @@
 #include "tools/dcf/Commands.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -80,4 +80,4 @@ void AddKeygenCommand(CLI::App& app) {
     command->callback([options] { RunKeygen(*options); });
 }
 
-}  // namespace dcf
+}  // namespace dcftool

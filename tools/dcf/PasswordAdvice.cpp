@@ -5,7 +5,7 @@
 
 #include "platform/Text.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -126,4 +126,4 @@ std::optional<std::string> CutCharactersWarning(std::u16string_view password) {
            ".";
 }
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace dcf {
+namespace dcftool {
 
 // A rough estimate of the guesses a password takes, in bits: the characters' classes and length,
 // with repeats, runs such as "abc" or "123" and well-known passwords counting for little.
@@ -19,4 +19,4 @@ std::optional<std::string> WeakPasswordWarning(std::u16string_view password);
 // when there are none.
 std::optional<std::string> CutCharactersWarning(std::u16string_view password);
 
-}  // namespace dcf
+}  // namespace dcftool

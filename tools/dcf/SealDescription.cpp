@@ -4,7 +4,7 @@
 
 #include "crypto/CipherSuite.h"
 
-namespace dcf {
+namespace dcftool {
 
 std::string SuiteInWords(std::uint32_t suite) {
     const auto suites = crypto::SuiteTable();
@@ -42,4 +42,4 @@ std::string KeyBlockInWords() {
            "opens it ('dcf test')";
 }
 
-}  // namespace dcf
+}  // namespace dcftool

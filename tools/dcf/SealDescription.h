@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-namespace dcf {
+namespace dcftool {
 
 // The ciphers of a suite in words: "AES with a 256-bit key", "Serpent, Twofish and AES, each
 // with a 256-bit key, in cascade"; "unknown suite 12" for one outside the table.
@@ -14,4 +14,4 @@ std::string SuiteInWords(std::uint32_t suite);
 // fills, like the suite, is only known once a key opens it.
 std::string KeyBlockInWords();
 
-}  // namespace dcf
+}  // namespace dcftool

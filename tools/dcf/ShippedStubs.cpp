@@ -11,7 +11,7 @@
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -123,4 +123,4 @@ std::string ShippedStubWithDigest(std::string_view digest) {
     return {};
 }
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace dcf {
+namespace dcftool {
 
 struct StubPlatform {
     std::string_view name;       // the value of --stub-for
@@ -50,4 +50,4 @@ std::string FileDigest(const std::string& command, const std::string& path, std:
 // folders; empty when it is none of them.
 std::string ShippedStubWithDigest(std::string_view digest);
 
-}  // namespace dcf
+}  // namespace dcftool

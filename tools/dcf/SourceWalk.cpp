@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "archive/ArchiveNames.h"
+#include "archive/Archive.h"
 #include "platform/File.h"
 #include "platform/Text.h"
 #include "tools/dcf/EntrySelection.h"
 #include "tools/dcf/ToolOutput.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -198,4 +198,4 @@ void ReadRealPaths(const SourceListing& listing, DCCArchiveUserSettings& setting
     settings.callbackContexts[CALLBACK_FILE_OPENING] = const_cast<SourceListing*>(&listing);
 }
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -10,10 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "archive/ArchiveUserSettings.h"
-#include "archive/ArchiveWriteRequest.h"
+#include "archive/Archive.h"
 
-namespace dcf {
+namespace dcftool {
 
 struct SourceListing {
     std::u16string rootPath;  // the made-up root
@@ -45,4 +44,4 @@ std::string NameUnderRoot(const ArchiveWriteItem& item);
 // Lets the writer open the real file behind each listed item.
 void ReadRealPaths(const SourceListing& listing, DCCArchiveUserSettings& settings);
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -9,7 +9,7 @@
 #include "platform/File.h"
 #include "platform/Text.h"
 
-namespace dcf {
+namespace dcftool {
 
 namespace {
 
@@ -112,5 +112,4 @@ std::u16string PathFromArgument(const std::string& argument) {
     return platform::Utf8ToUtf16(argument);
 }
 
-
-}  // namespace dcf
+}  // namespace dcftool

@@ -8,7 +8,7 @@
 
 #include "platform/ErrorCodes.h"
 
-namespace dcf {
+namespace dcftool {
 
 // Exit codes of dcf; 0 is done.
 inline constexpr int kExitFailure = 1;  // any other failure
@@ -44,4 +44,4 @@ std::string Counted(std::uint64_t count, const std::string& noun);
 // a byte that is no UTF-8 has no place in them. Ends the program as a usage error otherwise.
 std::u16string PathFromArgument(const std::string& argument);
 
-}  // namespace dcf
+}  // namespace dcftool

@@ -15,30 +15,30 @@ int main(int argc, char** argv) {
     app.name("dcf");
     app.require_subcommand(1);
     app.set_version_flag("--version", "dcf " DCF_VERSION_TEXT);
-    dcf::AddKeygenCommand(app);
-    dcf::AddCreateCommand(app);
-    dcf::AddExtractCommand(app);
-    dcf::AddListCommand(app);
-    dcf::AddTestCommand(app);
-    dcf::AddInfoCommand(app);
+    dcftool::AddKeygenCommand(app);
+    dcftool::AddCreateCommand(app);
+    dcftool::AddExtractCommand(app);
+    dcftool::AddListCommand(app);
+    dcftool::AddTestCommand(app);
+    dcftool::AddInfoCommand(app);
     // Set after the commands, which would otherwise take it over as their own.
     app.footer(
         "Run 'dcf COMMAND --help' or 'dcf help COMMAND' for the options of a command.\n"
         "Exit codes: 0 done, 1 other failure, 2 usage error, 3 wrong password or key, "
         "4 damaged or unsupported archive, 5 input or output failure, 6 cancelled.");
-    app.failure_message(dcf::DescribeParseFailure);
+    app.failure_message(dcftool::DescribeParseFailure);
     try {
-        std::vector<std::string> arguments = dcf::PrepareArguments(app, argc, argv);
+        std::vector<std::string> arguments = dcftool::PrepareArguments(app, argc, argv);
         std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
         app.parse(std::move(arguments));
     } catch (const CLI::RuntimeError& failure) {
         return failure.get_exit_code();  // reported by the command
     } catch (const CLI::ParseError& error) {
         const int code = app.exit(error);
-        return code == 0 ? 0 : dcf::kExitUsage;
+        return code == 0 ? 0 : dcftool::kExitUsage;
     } catch (const std::exception& error) {
         std::cerr << "dcf: " << error.what() << '\n';
-        return dcf::kExitFailure;
+        return dcftool::kExitFailure;
     }
     return 0;
 }

@@ -3,7 +3,7 @@
 // written and leaves neither an archive nor a temporary file.
 #include <gtest/gtest.h>
 
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/FileFormatSFX.h"
 #include "tests/archive/WriterFixture.h"
 #include "tests/archive/posix/FileSizeLimit.h"
 

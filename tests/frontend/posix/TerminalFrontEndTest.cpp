@@ -19,7 +19,7 @@
 #include <thread>
 #include <vector>
 
-#include "archive/SfxTrailer.h"
+#include "archive/detail/SfxTrailer.h"
 #include "crypto/KeyGeneration.h"
 #include "crypto/Rsa.h"
 #include "platform/Text.h"

@@ -12,8 +12,8 @@
 #include <iterator>
 #include <thread>
 
-#include "archive/FileFormatSFX.h"
-#include "archive/SfxTrailer.h"
+#include "archive/detail/FileFormatSFX.h"
+#include "archive/detail/SfxTrailer.h"
 #include "crypto/KeyGeneration.h"
 #include "crypto/Rsa.h"
 #include "frontend/ExtractionDriver.h"
@@ -126,7 +126,7 @@ TEST_F(ExtractionDialogTest, OpensCentredWithoutProgressRowsOnTheProgramFolder) 
         MapWindowPoints(nullptr, dialog.Handle(), reinterpret_cast<POINT*>(&item), 2);
         EXPECT_GE(item.top, client.bottom) << "control " << id;
     }
-    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == GetModuleDirectory());
+    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == platform::GetModuleDirectory());
     EXPECT_EQ(GetFocus(), dialog.Item(IDC_PASSWORD));
     ExpectInputsEnabled(dialog, true);
     EXPECT_EQ(LOWORD(SendMessageW(dialog.Handle(), DM_GETDEFID, 0, 0)), IDC_EXTRACT);

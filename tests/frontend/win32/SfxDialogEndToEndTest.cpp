@@ -14,9 +14,9 @@
 #include <string>
 #include <vector>
 
-#include "archive/ArchiveUserSettings.h"
-#include "archive/ArchiveWriteRequest.h"
-#include "archive/FileFormatSFX.h"
+#include "archive/detail/ArchiveUserSettings.h"
+#include "archive/detail/ArchiveWriteRequest.h"
+#include "archive/detail/FileFormatSFX.h"
 #include "frontend/LocalizedStrings.h"
 #include "frontend/resources/DialogControls.h"
 #include "platform/ErrorCodes.h"

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "archive/SfxTrailer.h"
+#include "archive/detail/SfxTrailer.h"
 #include "crypto/Rsa.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"

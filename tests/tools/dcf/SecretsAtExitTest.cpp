@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "archive/KeyContext.h"
-#include "archive/SfxTrailer.h"
+#include "archive/detail/KeyContext.h"
+#include "archive/detail/SfxTrailer.h"
 #include "crypto/Hashes.h"
 #include "crypto/Rsa.h"
 #include "crypto/SecurityKey.h"

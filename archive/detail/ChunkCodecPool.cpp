@@ -1,0 +1,130 @@
+#include "archive/detail/ChunkCodecPool.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+constexpr unsigned kMaxDefaultWorkers = 4;
+
+}  // namespace
+
+unsigned DefaultCodecWorkers() {
+    return std::clamp(std::thread::hardware_concurrency(), 1u, kMaxDefaultWorkers);
+}
+
+ChunkCodecPool::ChunkCodecPool(ChunkCodec::Direction direction, unsigned workers) {
+    for (unsigned i = 0; i < std::max(workers, 1u); ++i) {
+        codecs_.push_back(std::make_unique<ChunkCodec>(direction));
+    }
+}
+
+ChunkCodecPool::~ChunkCodecPool() {
+    {
+        const std::lock_guard lock(mutex_);
+        stopping_ = true;
+    }
+    wake_.notify_all();
+    for (std::thread& thread : threads_) {
+        thread.join();
+    }
+}
+
+void ChunkCodecPool::StartWorkers() {
+    threads_.reserve(codecs_.size() - 1);
+    started_ = true;
+    for (std::size_t i = 1; i < codecs_.size(); ++i) {
+        try {
+            threads_.emplace_back(&ChunkCodecPool::WorkerLoop, this, std::ref(*codecs_[i]));
+        } catch (const std::system_error&) {
+            break;  // fewer threads give the same bytes, only later
+        }
+    }
+}
+
+bool ChunkCodecPool::Ready() const {
+    return std::all_of(codecs_.begin(), codecs_.end(),
+                       [](const std::unique_ptr<ChunkCodec>& codec) { return codec->Ready(); });
+}
+
+void ChunkCodecPool::RunShare(ChunkCodec& codec, std::unique_lock<std::mutex>& lock) {
+    while (next_ < count_) {
+        // A share shrinks with what is left, so that the lock is taken a few times per batch,
+        // not once per chunk, and the last shares still spread over the threads.
+        const std::size_t first = next_;
+        const std::size_t share = std::max<std::size_t>(1, (count_ - first) / (2 * Threads()));
+        next_ += share;
+        ++running_;
+        const Job& job = *job_;
+        std::exception_ptr caught;
+        lock.unlock();
+        try {
+            for (std::size_t index = first; index < first + share; ++index) {
+                job(codec, index);
+            }
+        } catch (...) {
+            caught = std::current_exception();
+        }
+        lock.lock();
+        --running_;
+        if (caught) {
+            if (!failure_) {
+                failure_ = caught;
+            }
+            next_ = count_;
+        }
+    }
+}
+
+void ChunkCodecPool::WorkerLoop(ChunkCodec& codec) {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        wake_.wait(lock, [&] { return stopping_ || next_ < count_; });
+        if (stopping_) {
+            return;
+        }
+        RunShare(codec, lock);
+        if (running_ == 0) {
+            done_.notify_one();
+        }
+    }
+}
+
+void ChunkCodecPool::Begin(std::size_t count, const Job& job, bool wake) {
+    if (wake && !started_) {
+        StartWorkers();
+    }
+    const std::lock_guard lock(mutex_);
+    job_ = &job;
+    count_ = count;
+    next_ = 0;
+    if (wake) {
+        wake_.notify_all();
+    }
+}
+
+void ChunkCodecPool::Finish() {
+    std::unique_lock lock(mutex_);
+    RunShare(*codecs_.front(), lock);
+    // Only calls under way are waited for: a worker that wakes late finds nothing left, and
+    // the caller does not wait for it.
+    done_.wait(lock, [&] { return running_ == 0; });
+    job_ = nullptr;
+    count_ = 0;
+    next_ = 0;
+    if (failure_) {
+        std::rethrow_exception(std::exchange(failure_, nullptr));
+    }
+}
+
+void ChunkCodecPool::ForEach(std::size_t count, const Job& job) {
+    // A single chunk is not worth waking anyone for.
+    Begin(count, job, count > 1 && codecs_.size() > 1);
+    Finish();
+}
+
+void ChunkCodecPool::Start(std::size_t count, const Job& job) {
+    // The caller has other work meanwhile: even one chunk goes to a thread.
+    Begin(count, job, count > 0 && codecs_.size() > 1);
+}

@@ -39,6 +39,8 @@ if(DCF_BUILD_FUZZ)
     if(NOT DCF_SANITIZE)
         set(DCF_SANITIZE fuzzer-no-link,address,undefined)
     endif()
+    target_compile_options(dcf_options INTERFACE
+        -fsanitize-coverage-ignorelist=${PROJECT_SOURCE_DIR}/tests/fuzz/coverage-ignorelist.txt)
 endif()
 
 if(DCF_SANITIZE)

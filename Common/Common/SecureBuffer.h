@@ -1,8 +1,12 @@
 #pragma once
 // Containers for key material: wiped when released, whatever the path.
 
+#include <algorithm>
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -75,6 +79,34 @@ public:
 
 private:
     std::basic_string<char16_t, std::char_traits<char16_t>, WipingAllocator<char16_t>> text_;
+};
+
+// A work area for plaintext that is not cleared when made, so that a small job touches only the
+// pages it uses. Everything ever handed out is wiped when the area is released. Areas may be
+// asked for from several threads at once.
+class WipingBytes {
+public:
+    WipingBytes() = default;
+    explicit WipingBytes(std::size_t size) : bytes_(new std::uint8_t[size]), size_(size) {}
+    WipingBytes(const WipingBytes&) = delete;
+    WipingBytes& operator=(const WipingBytes&) = delete;
+    ~WipingBytes() { platform::SecureWipe(bytes_.get(), touched_.load()); }
+
+    std::size_t Size() const { return size_; }
+    // The `length` bytes at `offset`; they count as holding plaintext from now on.
+    std::span<std::uint8_t> Area(std::size_t offset, std::size_t length) {
+        const std::size_t end = offset + length;
+        std::size_t touched = touched_.load(std::memory_order_relaxed);
+        while (touched < end &&
+               !touched_.compare_exchange_weak(touched, end, std::memory_order_relaxed)) {
+        }
+        return {bytes_.get() + offset, length};
+    }
+
+private:
+    std::unique_ptr<std::uint8_t[]> bytes_;
+    std::size_t size_ = 0;
+    std::atomic<std::size_t> touched_{0};
 };
 
 }  // namespace Zelmarik

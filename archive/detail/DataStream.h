@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -92,8 +93,9 @@ private:
     std::optional<crypto::ChunkChain> chain_;
     ChunkCodecPool inflaters_;
     std::size_t capacity_ = 0;
-    Zelmarik::SecureVector<std::uint8_t> inputs_;
-    Zelmarik::SecureVector<std::uint8_t> outputs_;
+    // One area per set of slots, so that a stream of a few chunks touches a few slots' pages.
+    std::unique_ptr<Zelmarik::WipingBytes> inputs_[2];
+    std::unique_ptr<Zelmarik::WipingBytes> outputs_[2];
     std::vector<Slot> slots_;
     Batch batches_[2];
     ChunkCodecPool::Job inflate_;  // inflates slot inflateFirst_ + index

@@ -400,11 +400,11 @@ FormatResult DataStreamReader::ReadDataStream(BufferedWriter* target, std::uint6
             GoBack();  // read ahead wrongly: read this entry's rest as it comes
             continue;
         }
-        const auto index = static_cast<std::size_t>(slot - slots_.data());
-        // Asked between chunks, where reading them one by one would have asked it.
-        if (index > batches_[current_].first && settings_.IsCancelled()) {
+        // Asked again before each chunk: it may have been read long before.
+        if (settings_.IsCancelled()) {
             return FORMAT_CANCELLED;
         }
+        const auto index = static_cast<std::size_t>(slot - slots_.data());
         if (!slot->inflated) {
             return FORMAT_FAILED;
         }

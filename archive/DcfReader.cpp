@@ -14,6 +14,7 @@
 #include "archive/DataStream.h"
 #include "archive/DcfRecords.h"
 #include "archive/FileFormat.h"
+#include "archive/FreshNames.h"
 #include "archive/KeyContext.h"
 #include "platform/SecureMemory.h"
 #include "platform/TargetTree.h"
@@ -138,6 +139,7 @@ private:
     platform::TargetTree tree_;
     std::optional<platform::FileIdentity> sourceIdentity_;
     std::optional<PendingReplacement> pending_;
+    std::optional<FreshNames> fresh_;
     std::uint64_t entryStart_ = 0;  // where the entry's header begins in the image
 };
 
@@ -265,7 +267,10 @@ void ArchiveBodyReader::CreateFolders(std::vector<std::u16string> folders) {
     // Code unit order puts every folder in front of what lies in it.
     std::sort(folders.begin(), folders.end());
     for (const auto& folder : folders) {
-        tree_.MakeFolder(RelativeArchivePath(folder));  // failures ignored
+        std::u16string path = RelativeArchivePath(folder);
+        if (tree_.MakeFolder(path) == platform::kErrorSuccess) {  // failures ignored
+            fresh_->FolderMade(std::move(path));
+        }
     }
 }
 
@@ -403,7 +408,8 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name,
     std::u16string target = JoinArchiveName(targetRoot_, targetName);
     const RelativeName where = SplitArchiveName(targetName);
     FormatResult ended = FORMAT_OK;
-    const std::optional<Disposition> disposition = Decide(target, where, ended);
+    const std::optional<Disposition> disposition =
+        fresh_->NeedNoLook(targetName, where) ? Disposition::Write : Decide(target, where, ended);
     if (!disposition) {
         return EndRunWith(ended);
     }
@@ -499,6 +505,7 @@ FormatResult ArchiveBodyReader::Run() {
             platform::IdentityOf(stream_, identity) == platform::kErrorSuccess) {
             sourceIdentity_ = identity;
         }
+        fresh_.emplace(names.folders, targets);
         CreateFolders(std::move(names.folders));
     }
     streams_.emplace(source_, *keys_, settings_, header_.totalSize);

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 BufferedReader::BufferedReader(platform::File& file, std::size_t capacity)
-    : file_(file), buffer_(new std::uint8_t[capacity]), capacity_(capacity) {}
+    : file_(file), buffer_(new std::uint8_t[capacity]), capacity_(capacity) {
+    located_ = file_.Tell(fileOffset_) == platform::kErrorSuccess;
+}
 
 bool BufferedReader::Refill() {
     std::size_t got = 0;
@@ -13,7 +16,22 @@ bool BufferedReader::Refill() {
     }
     begin_ = 0;
     end_ = got;
+    fileOffset_ += got;
     return true;
+}
+
+bool BufferedReader::SeekTo(std::uint64_t position) {
+    const std::uint64_t bufferStart = fileOffset_ - end_;
+    if (located_ && position >= bufferStart && position <= fileOffset_) {
+        begin_ = static_cast<std::size_t>(position - bufferStart);
+        failed_ = false;
+        return true;
+    }
+    begin_ = end_ = 0;
+    located_ = file_.Seek(position) == platform::kErrorSuccess;
+    fileOffset_ = position;
+    failed_ = !located_;
+    return located_;
 }
 
 bool BufferedReader::Read(std::span<std::uint8_t> out) {
@@ -32,13 +50,22 @@ bool BufferedReader::Read(std::span<std::uint8_t> out) {
 }
 
 std::uint64_t BufferedReader::Remaining() {
-    std::uint64_t size = 0;
-    std::uint64_t position = 0;
-    if (failed_ || file_.Size(size) != platform::kErrorSuccess ||
-        file_.Tell(position) != platform::kErrorSuccess || position > size) {
+    if (!sized_) {
+        sized_ = file_.Size(size_) == platform::kErrorSuccess;
+    }
+    const std::uint64_t position = Position();
+    if (failed_ || !located_ || !sized_ || position > size_) {
         return 0;
     }
-    return size - position + (end_ - begin_);
+    return size_ - position;
+}
+
+bool ReadPromised(BufferedReader& source, std::uint64_t size, std::vector<std::uint8_t>& out) {
+    if (size > std::numeric_limits<std::uint32_t>::max() || size > source.Remaining()) {
+        return false;
+    }
+    out.resize(static_cast<std::size_t>(size));
+    return source.Read(out);
 }
 
 BufferedWriter::BufferedWriter(platform::File& file, std::size_t capacity)

@@ -1,12 +1,26 @@
 #include "archive/detail/ChunkCodecPool.h"
 
 #include <algorithm>
+#include <chrono>
 #include <system_error>
 #include <utility>
 
 namespace {
 
 constexpr unsigned kMaxDefaultWorkers = 4;
+
+// How long a thread that runs out of work looks for more before it sleeps: the next batch, or
+// the end of the calls under way, mostly comes within microseconds, and waking a thread that
+// sleeps costs about as much as inflating a batch on a virtual machine.
+constexpr auto kSpinBudget = std::chrono::microseconds(50);
+
+template <typename Condition>
+void SpinUntil(Condition condition) {
+    const auto until = std::chrono::steady_clock::now() + kSpinBudget;
+    while (!condition() && std::chrono::steady_clock::now() < until) {
+        std::this_thread::yield();
+    }
+}
 
 }  // namespace
 
@@ -24,6 +38,7 @@ ChunkCodecPool::~ChunkCodecPool() {
     {
         const std::lock_guard lock(mutex_);
         stopping_ = true;
+        ++posted_;
     }
     wake_.notify_all();
     for (std::thread& thread : threads_) {
@@ -80,6 +95,12 @@ void ChunkCodecPool::RunShare(ChunkCodec& codec, std::unique_lock<std::mutex>& l
 void ChunkCodecPool::WorkerLoop(ChunkCodec& codec) {
     std::unique_lock lock(mutex_);
     for (;;) {
+        if (!stopping_ && next_ >= count_) {
+            const std::uint64_t seen = posted_;
+            lock.unlock();
+            SpinUntil([&] { return posted_ != seen; });
+            lock.lock();
+        }
         wake_.wait(lock, [&] { return stopping_ || next_ < count_; });
         if (stopping_) {
             return;
@@ -99,6 +120,7 @@ void ChunkCodecPool::Begin(std::size_t count, const Job& job, bool wake) {
     job_ = &job;
     count_ = count;
     next_ = 0;
+    ++posted_;
     if (wake) {
         wake_.notify_all();
     }
@@ -109,6 +131,11 @@ void ChunkCodecPool::Finish() {
     RunShare(*codecs_.front(), lock);
     // Only calls under way are waited for: a worker that wakes late finds nothing left, and
     // the caller does not wait for it.
+    if (running_ != 0) {
+        lock.unlock();
+        SpinUntil([&] { return running_ == 0; });
+        lock.lock();
+    }
     done_.wait(lock, [&] { return running_ == 0; });
     job_ = nullptr;
     count_ = 0;

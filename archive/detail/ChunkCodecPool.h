@@ -3,6 +3,7 @@
 // are independent, so a few workers keep every core busy while the caller keeps the order of
 // everything else (reading, the chunk chain, writing, the callbacks).
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -68,7 +69,10 @@ private:
     const Job* job_ = nullptr;
     std::size_t count_ = 0;
     std::size_t next_ = 0;
-    std::size_t running_ = 0;  // calls claimed and not yet returned
+    // Calls claimed and not yet returned; changed under mutex_, looked at without it too.
+    std::atomic<std::size_t> running_ = 0;
+    // Counts the batches handed out and the end, so that a thread can look for them unlocked.
+    std::atomic<std::uint64_t> posted_ = 0;
     bool stopping_ = false;
     std::exception_ptr failure_;
 };

@@ -14,6 +14,7 @@
 #include "archive/detail/DataStream.h"
 #include "archive/detail/DcfRecords.h"
 #include "archive/detail/FileFormat.h"
+#include "archive/detail/FreshNames.h"
 #include "archive/detail/KeyContext.h"
 #include "platform/SecureMemory.h"
 #include "platform/TargetTree.h"
@@ -44,16 +45,6 @@ struct PendingReplacement {
 };
 EntryOutcome EndRunWith(FormatResult result) {
     return {EntryOutcome::EndRun, result};
-}
-
-// Reads a record of `size` bytes that the image promises; false when fewer remain, so that a
-// hostile length never makes us allocate what the file can't hold.
-bool ReadPromised(BufferedReader& source, std::uint64_t size, std::vector<std::uint8_t>& out) {
-    if (size > std::numeric_limits<std::uint32_t>::max() || size > source.Remaining()) {
-        return false;
-    }
-    out.resize(static_cast<std::size_t>(size));
-    return source.Read(out);
 }
 
 FormatResult ReadPreamble(BufferedReader& source, Zelmarik::CCategoryContainer& categories,
@@ -148,7 +139,8 @@ private:
     platform::TargetTree tree_;
     std::optional<platform::FileIdentity> sourceIdentity_;
     std::optional<PendingReplacement> pending_;
-    std::uint64_t entryStart_ = 0;  // bytes remaining in the image where the entry began
+    std::optional<FreshNames> fresh_;
+    std::uint64_t entryStart_ = 0;  // where the entry's header begins in the image
 };
 
 FormatResult ArchiveBodyReader::SkipPreamble() {
@@ -275,7 +267,10 @@ void ArchiveBodyReader::CreateFolders(std::vector<std::u16string> folders) {
     // Code unit order puts every folder in front of what lies in it.
     std::sort(folders.begin(), folders.end());
     for (const auto& folder : folders) {
-        tree_.MakeFolder(RelativeArchivePath(folder));  // failures ignored
+        std::u16string path = RelativeArchivePath(folder);
+        if (tree_.MakeFolder(path) == platform::kErrorSuccess) {  // failures ignored
+            fresh_->FolderMade(std::move(path));
+        }
     }
 }
 
@@ -378,7 +373,7 @@ FormatResult ArchiveBodyReader::RunDataStream(BufferedWriter* target, std::uint6
 void ArchiveBodyReader::FinishEntry(std::uint64_t size) {
     processed_ += size;
     ++report_.entriesDone;
-    report_.entries.back().packedSize = entryStart_ - source_.Remaining();
+    report_.entries.back().packedSize = streams_->Position() - entryStart_;
 }
 
 EntryOutcome ArchiveBodyReader::PassOver(std::uint64_t size) {
@@ -395,39 +390,32 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name,
     if (settings_.IsCancelled()) {
         return EndRunWith(FORMAT_CANCELLED);
     }
-    entryStart_ = source_.Remaining();
-    std::array<std::uint8_t, dcf::kFileHeaderSize> record{};
-    std::optional<dcf::FileHeader> header;
-    if (source_.Read(record) && DecryptRegion(*keys_, record)) {
-        header = dcf::DecodeFileHeader(record);
-    }
-    if (!header) {
+    std::optional<EntryHead> head = streams_->ReadEntryHead();
+    if (!head) {
         return {EntryOutcome::LeaveLoop, FORMAT_FAILED};
     }
+    entryStart_ = head->start;
+    const dcf::FileHeader& header = head->header;
     Zelmarik::CCategoryContainer categories;
-    if (dcf::ReadsTagBlock(header_.formatVersion) && header->tagFlag != 0) {
-        std::vector<std::uint8_t> tagBlock;
-        if (!ReadPromised(source_, header->tagBlockLength, tagBlock) ||
-            !DecryptRegion(*keys_, tagBlock)) {
-            return {EntryOutcome::LeaveLoop, FORMAT_FAILED};
-        }
-        Zelmarik::ReadCategoryBlock(tagBlock, categories);  // a damaged block tags nothing
+    if (!head->tagBlock.empty()) {
+        Zelmarik::ReadCategoryBlock(head->tagBlock, categories);  // a damaged block tags nothing
     }
-    report_.entries.push_back({name, header->size, 0, header->tagFlag != 0, categories});
+    report_.entries.push_back({name, header.size, 0, header.tagFlag != 0, categories});
     if (!writeFiles_ || targetName.empty()) {
-        return PassOver(header->size);  // proven, or left out
+        return PassOver(header.size);  // proven, or left out
     }
 
     std::u16string target = JoinArchiveName(targetRoot_, targetName);
     const RelativeName where = SplitArchiveName(targetName);
     FormatResult ended = FORMAT_OK;
-    const std::optional<Disposition> disposition = Decide(target, where, ended);
+    const std::optional<Disposition> disposition =
+        fresh_->NeedNoLook(targetName, where) ? Disposition::Write : Decide(target, where, ended);
     if (!disposition) {
         return EndRunWith(ended);
     }
     if (*disposition == Disposition::Skip) {
         ReportWriting(target, true);
-        return PassOver(header->size);
+        return PassOver(header.size);
     }
 
     const bool replacesSource = *disposition == Disposition::ReplaceSource;
@@ -446,13 +434,13 @@ EntryOutcome ArchiveBodyReader::ExtractEntry(const std::u16string& name,
         return EndRunWith(FORMAT_TARGET_OPEN_FAILED);
     }
     const FormatResult written =
-        WriteEntry(where, file, std::move(temporary), header->size, replacesSource);
+        WriteEntry(where, file, std::move(temporary), header.size, replacesSource);
     if (written != FORMAT_OK) {
         return EndRunWith(written);
     }
-    FinishEntry(header->size);
+    FinishEntry(header.size);
 
-    if (header->tagFlag != 0) {
+    if (header.tagFlag != 0) {
         try {
             // Through the folder's handle: a folder swapped in meanwhile can't lead it away.
             const std::u16string tagged =
@@ -517,9 +505,11 @@ FormatResult ArchiveBodyReader::Run() {
             platform::IdentityOf(stream_, identity) == platform::kErrorSuccess) {
             sourceIdentity_ = identity;
         }
+        fresh_.emplace(names.folders, targets);
         CreateFolders(std::move(names.folders));
     }
     streams_.emplace(source_, *keys_, settings_, header_.totalSize);
+    streams_->ExpectEntries(header_.formatVersion, names.files.size());
 
     FormatResult failure = FORMAT_OK;
     for (std::size_t i = 0; i < names.files.size(); ++i) {

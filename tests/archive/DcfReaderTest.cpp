@@ -234,6 +234,27 @@ TEST_F(DcfReaderTest, AskingWithAndWithoutTheCallback) {
     EXPECT_EQ(ReadFile(Out() / "f"), (Bytes{'o', 'l', 'd'}));
 }
 
+// In a folder the run made, only the run's own names can meet: a file given twice is asked
+// about the second time, and a file named like a folder of the archive finds that folder.
+TEST_F(DcfReaderTest, NamesSharedInAFolderTheRunMadeAreLookedAt) {
+    settings_.overwriteMode = OVERWRITE_ASK;
+    recorder_.answer = OVERWRITE_SKIP;
+    WriteArchive(tests::BuildImage(ImageSettings{}, {u"\\d", u"\\d\\sub"},
+                                   {{u"\\d\\a.txt", Bytes(3, '1'), {}},
+                                    {u"\\d\\a.txt", Bytes(3, '2'), {}},
+                                    {u"\\d\\sub", Bytes(1, 'x'), {}}}));
+    platform::File stream;
+    ASSERT_EQ(stream.Open(request_.sourcePath, platform::OpenMode::Read), platform::kErrorSuccess);
+    std::vector<std::u16string> files;
+    ArchiveReport report;
+    EXPECT_EQ(ReadArchiveBody(stream, request_, settings_, files, nullptr, report),
+              FORMAT_TARGET_OPEN_FAILED);
+    EXPECT_EQ(report.obstacle, TargetObstacle::Folder);
+    EXPECT_EQ(ReadFile(Out() / "d" / "a.txt"), Bytes(3, '1'));
+    EXPECT_EQ(recorder_.events, (std::vector<std::string>{"write a.txt", "done a.txt",
+                                                          "exists a.txt", "skip a.txt"}));
+}
+
 TEST_F(DcfReaderTest, CancelBetweenAndInsideEntries) {
     const Bytes big = tests::Noise(20000, 4);
     const Bytes image =

@@ -1,7 +1,8 @@
 // The data stream writer and reader with one, two and three codec workers: the writer's bytes do
 // not depend on the workers, zlib inflates every chunk and the reader reads them back; progress,
 // cancellation and failures come as with one worker; a batch of the reader never reaches into
-// the next entry.
+// the next entry unless it reads entries ahead, and then whatever the streams hold comes back
+// as read one by one.
 #include <gtest/gtest.h>
 #include <zlib.h>
 
@@ -38,6 +39,33 @@ Bytes Content(std::size_t size, std::uint32_t seed) {
         }
     }
     return bytes;
+}
+
+// An entry as an archive holds it: its file header, a tag block when tagged, and its stream cut
+// into chunks of `cut` bytes (the writer's pieces by default).
+struct TestEntry {
+    Bytes content;
+    bool tagged = false;
+    std::size_t cut = kPiece;
+};
+
+// Appends the entry to the image; gives where its header begins.
+std::size_t AddEntry(tests::ImageBuilder& builder, const TestEntry& entry) {
+    const std::size_t start = builder.Size();
+    const Bytes tags = entry.tagged ? tests::OneCategoryBlock() : Bytes{};
+    builder.FileHeader(
+        {entry.content.size(), entry.tagged, dcf::RaisedTagBlockLength(tags.size())});
+    if (entry.tagged) {
+        builder.TagBlock(tags);
+    }
+    builder.StartStream();
+    for (std::size_t offset = 0; offset < entry.content.size(); offset += entry.cut) {
+        const Bytes compressed = tests::Compress(
+            std::span(entry.content)
+                .subspan(offset, std::min(entry.cut, entry.content.size() - offset)));
+        builder.Chunk(static_cast<std::uint32_t>(compressed.size()), compressed);
+    }
+    return start;
 }
 
 Bytes ReadAll(const fs::path& path) {
@@ -137,6 +165,67 @@ protected:
         return results;
     }
     fs::path Out(std::size_t i) const { return folder_.Native() / ("read" + std::to_string(i)); }
+
+    // What reading entries as the archive reader does gave: for each entry whose records were
+    // read, where they begin, its tag block and its stream's result, and where it ends.
+    struct ReadBack {
+        std::vector<std::size_t> starts;
+        std::vector<Bytes> tags;
+        std::vector<FormatResult> results;
+        std::vector<std::size_t> ends;
+    };
+    ReadBack ReadEntries(std::size_t count, unsigned workers, const Bytes& image) {
+        platform::File stored;
+        EXPECT_EQ(stored.Open(Save("image", image).u16string(), platform::OpenMode::Read),
+                  platform::kErrorSuccess);
+        BufferedReader source(stored);
+        DataStreamReader reader(source, builder_.Keys(), settings_, 1, workers);
+        reader.ExpectEntries(dcf::kFormatVersion, count);
+        ReadBack back;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::optional<EntryHead> head = reader.ReadEntryHead();
+            if (!head) {
+                break;
+            }
+            back.starts.push_back(head->start);
+            back.tags.push_back(head->tagBlock);
+            platform::File file;
+            EXPECT_EQ(file.Open(Out(i).u16string(), platform::OpenMode::CreateAlways),
+                      platform::kErrorSuccess);
+            BufferedWriter target(file);
+            back.results.push_back(reader.ReadDataStream(&target, head->header.size, 0, false));
+            back.ends.push_back(reader.Position());
+            if (back.results.back() != FORMAT_OK) {
+                break;
+            }
+        }
+        return back;
+    }
+
+    // Writes the entries into the builder's image and reads them back with every worker count:
+    // each entry comes back whole, with its records and where it lies.
+    void ExpectEntriesReadBack(const std::vector<TestEntry>& entries) {
+        std::vector<std::size_t> starts;
+        for (const TestEntry& entry : entries) {
+            starts.push_back(AddEntry(builder_, entry));
+        }
+        std::vector<std::size_t> ends(starts.begin() + 1, starts.end());
+        ends.push_back(builder_.Size());
+        for (const unsigned workers : kWorkerCounts) {
+            SCOPED_TRACE(workers);
+            const ReadBack back = ReadEntries(entries.size(), workers, builder_.Image());
+            ASSERT_EQ(back.results, std::vector<FormatResult>(entries.size(), FORMAT_OK));
+            EXPECT_EQ(back.starts, starts);
+            EXPECT_EQ(back.ends, ends);
+            for (std::size_t i = 0; i < entries.size(); ++i) {
+                EXPECT_EQ(ReadAll(Out(i)), entries[i].content) << "entry " << i;
+                EXPECT_EQ(back.tags[i], entries[i].tagged
+                                            ? dcf::EncodeTagBlock(tests::OneCategoryBlock())
+                                            : Bytes{})
+                    << "entry " << i;
+            }
+        }
+    }
 
     tests::TestFolder folder_;
     tests::ImageBuilder builder_{tests::ImageSettings{}};
@@ -367,6 +456,72 @@ TEST_F(ParallelDataStreamTest, ReaderProgressCancelAndDamageComeAsWithOneWorker)
                       std::vector<FormatResult>{FORMAT_FAILED});
             EXPECT_EQ(ReadAll(Out(0)),
                       Bytes(content.begin(), content.begin() + c.damaged * kPiece));
+        }
+    }
+}
+
+// Small, empty and tagged files share batches with the pieces of the next; a large one runs
+// through several batches into the next entry.
+TEST_F(ParallelDataStreamTest, EntriesReadAheadComeBackWithTheirRecordsAndPlaces) {
+    std::vector<TestEntry> entries;
+    for (std::uint32_t i = 0; i < 300; ++i) {
+        const std::size_t size = i % 11 == 0 ? 0 : 1 + i * 997 % (4 * kPiece);
+        entries.push_back({Content(size, i), i % 7 == 3});
+    }
+    entries.insert(entries.begin() + 150, {Content(3 * 128 * kPiece + 5, 400), true});
+    ExpectEntriesReadBack(entries);
+}
+
+// Streams of another writer: one chunk for three pieces, then chunks of a quarter piece; the
+// entries around them read ahead as before.
+TEST_F(ParallelDataStreamTest, StreamsCutOtherwiseThanPiecesAreReadAsTheyCome) {
+    std::vector<TestEntry> entries;
+    for (std::uint32_t i = 0; i < 40; ++i) {
+        entries.push_back({Content(1 + i * 331 % (2 * kPiece), i)});
+    }
+    entries[10] = {Content(3 * kPiece, 50), false, 3 * kPiece};
+    entries[25] = {Content(2 * kPiece + 9, 51), true, kPiece / 4};
+    ExpectEntriesReadBack(entries);
+}
+
+// A damaged header, a chunk that does not inflate and an image cut short, each behind entries
+// read ahead: the entries before come back whole, and the damage is told at its own entry.
+TEST_F(ParallelDataStreamTest, DamageReadAheadIsToldAtItsTurn) {
+    std::vector<std::size_t> starts;
+    for (std::uint32_t i = 0; i < 30; ++i) {
+        starts.push_back(AddEntry(builder_, {Content(kPiece + 100 * i, i)}));
+    }
+    struct Case {
+        Bytes image;
+        std::size_t heads;  // headers read
+        bool streamFails;   // the last entry's stream fails, after its first piece
+    };
+    Bytes damagedHeader = builder_.Image();
+    damagedHeader[starts[12] + 8] ^= 1;
+    const Bytes cut(builder_.Image().begin(), builder_.Image().begin() + starts[20] - 1);
+    Bytes damagedChunk = builder_.Image();
+    const std::size_t secondChunk =
+        builder_
+            .Borders()[std::find(builder_.Borders().begin(), builder_.Borders().end(), starts[12]) -
+                       builder_.Borders().begin() + 2];
+    damagedChunk[secondChunk + 40] ^= 0x55;
+    for (const Case& c :
+         {Case{damagedHeader, 12, false}, Case{cut, 20, true}, Case{damagedChunk, 13, true}}) {
+        for (const unsigned workers : kWorkerCounts) {
+            SCOPED_TRACE(workers);
+            const ReadBack back = ReadEntries(starts.size(), workers, c.image);
+            std::vector<FormatResult> expected(c.heads, FORMAT_OK);
+            if (c.streamFails) {
+                expected.back() = FORMAT_FAILED;
+            }
+            EXPECT_EQ(back.results, expected);
+            for (std::size_t i = 0; i < c.heads; ++i) {
+                const Bytes whole = Content(kPiece + 100 * i, static_cast<std::uint32_t>(i));
+                EXPECT_EQ(ReadAll(Out(i)), c.streamFails && i + 1 == c.heads
+                                               ? Bytes(whole.begin(), whole.begin() + kPiece)
+                                               : whole)
+                    << "entry " << i;
+            }
         }
     }
 }

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 #include "archive/Archive.h"
 #include "platform/File.h"
+#include "platform/TargetTree.h"
 #include "platform/Text.h"
 #include "tools/dcf/EntrySelection.h"
 #include "tools/dcf/ToolOutput.h"
@@ -33,7 +35,16 @@ std::string Display(const fs::path& path) {
 class Walker {
 public:
     Walker(const std::string& command, const WalkOptions& options, SourceListing& listing)
-        : command_(command), options_(options), listing_(listing) {}
+        : command_(command), options_(options), listing_(listing) {
+        // Known once, so that each file is told from the archive by what its open handle says.
+        platform::File archive;
+        platform::FileIdentity identity;
+        if (!options_.archive.empty() &&
+            archive.Open(options_.archive, platform::OpenMode::Read) == platform::kErrorSuccess &&
+            platform::IdentityOf(archive, identity) == platform::kErrorSuccess) {
+            archive_ = identity;
+        }
+    }
 
     // A path given to create, stored under its last name.
     void AddGiven(const fs::path& path) {
@@ -47,9 +58,19 @@ private:
     void Add(const fs::path& path, const std::u16string& name) {
         std::error_code error;
         const fs::file_status link = fs::symlink_status(path, error);
-        const fs::file_status status = fs::status(path, error);
-        if (!options_.archive.empty() && fs::equivalent(path, options_.archive, error)) {
-            return LeaveOut(path, "the archive being written");
+        // Only a link needs a second look, at what it leads to.
+        const fs::file_status status = fs::is_symlink(link) ? fs::status(path, error) : link;
+        // A file is opened here, before anything is said of it: its handle tells the archive.
+        platform::File file;
+        platform::ErrorCode opened = platform::kErrorSuccess;
+        if (fs::is_regular_file(status)) {
+            opened = file.Open(platform::Utf8ToUtf16(path.native()), platform::OpenMode::Read);
+            platform::FileIdentity identity;
+            if (opened == platform::kErrorSuccess && archive_ &&
+                platform::IdentityOf(file, identity) == platform::kErrorSuccess &&
+                identity == *archive_) {
+                return LeaveOut(path, "the archive being written");
+            }
         }
         if (IsExcluded(options_.excluded, name)) {
             return LeaveOut(path, "matched by --exclude");
@@ -65,7 +86,7 @@ private:
         if (fs::is_directory(status)) {
             AddFolder(path, name);
         } else if (fs::is_regular_file(status)) {
-            AddFile(path, name);
+            AddFile(path, name, file, opened);
         } else {
             LeaveOut(path, fs::is_symlink(link) ? "a link that points nowhere"
                                                 : "neither a file nor a folder");
@@ -116,14 +137,14 @@ private:
         }
     }
 
-    void AddFile(const fs::path& path, const std::u16string& name) {
+    // `file` is the path opened for reading, or `error` why it could not be.
+    void AddFile(const fs::path& path, const std::u16string& name, const platform::File& file,
+                 platform::ErrorCode error) {
         ArchiveWriteItem item;
         item.path = kRoot + name;
         const std::u16string real = platform::Utf8ToUtf16(path.native());
-        platform::File probe;
-        platform::ErrorCode error = probe.Open(real, platform::OpenMode::Read);
         if (error == platform::kErrorSuccess) {
-            error = probe.Size(item.size);
+            error = file.Size(item.size);
         }
         if (error != platform::kErrorSuccess) {
             return LeaveOut(path, DescribeError(error));
@@ -142,6 +163,7 @@ private:
     const std::string& command_;
     const WalkOptions& options_;
     SourceListing& listing_;
+    std::optional<platform::FileIdentity> archive_;
 };
 
 void OpenRealPath(std::u16string* path, void* context) {

@@ -1,9 +1,16 @@
 #pragma once
-// A fresh folder for one test, removed with everything in it at the end.
+// A fresh folder for one test, removed with everything in it at the end; whole files read and
+// written in it.
 
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
 #include <random>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "platform/File.h"
 
@@ -37,5 +44,26 @@ public:
 private:
     std::filesystem::path root_;
 };
+
+using Bytes = std::vector<std::uint8_t>;
+
+// The whole file; nothing when it can't be opened.
+inline std::optional<Bytes> ReadBytes(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        return std::nullopt;
+    }
+    return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+// Writes `bytes` as the whole file, making the folders above it.
+inline void WriteBytes(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+    if (path.has_parent_path()) {
+        std::filesystem::create_directories(path.parent_path());
+    }
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+}
 
 }  // namespace tests

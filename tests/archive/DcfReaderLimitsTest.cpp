@@ -20,6 +20,7 @@ using tests::Bytes;
 using tests::DcfReaderTest;
 using tests::ImageSettings;
 using tests::OneCategoryBlock;
+using tests::ReadBytes;
 namespace fs = std::filesystem;
 
 // An image of one file whose records up to the file header are given, with the stream left to
@@ -78,7 +79,7 @@ TEST_F(DcfReaderTest, PreambleIsReadByItsLengthAlone) {
     Zelmarik::StoreBig<std::uint32_t>(bare.data() + dcf::kSignatureSize, 0);
     bare.insert(bare.end(), image.begin() + at[1], image.end());
     ASSERT_EQ(Extract(bare), FORMAT_OK);
-    EXPECT_EQ(ReadFile(Out() / "f"), Bytes(5, 'p'));
+    EXPECT_EQ(ReadBytes(Out() / "f"), Bytes(5, 'p'));
 
     // Neither a lost start marker nor a damaged category block fails the archive.
     for (const std::size_t offset : {dcf::kPreambleHeadSize, dcf::kPreambleHeadSize + 12}) {
@@ -86,7 +87,7 @@ TEST_F(DcfReaderTest, PreambleIsReadByItsLengthAlone) {
         damaged[offset] ^= 0x55;
         ResetOut();
         ASSERT_EQ(Extract(damaged), FORMAT_OK);
-        EXPECT_EQ(ReadFile(Out() / "f"), Bytes(5, 'p'));
+        EXPECT_EQ(ReadBytes(Out() / "f"), Bytes(5, 'p'));
     }
 
     // An L that runs past the file is a failed read.
@@ -110,7 +111,7 @@ TEST_F(DcfReaderTest, ChunksAtTheReadersBounds) {
         builder.StartStream();
         builder.Chunk(static_cast<std::uint32_t>(padded.size()), padded);
         ASSERT_EQ(Extract(builder.Image()), FORMAT_OK);
-        EXPECT_EQ(ReadFile(Out() / "f"), full);
+        EXPECT_EQ(ReadBytes(Out() / "f"), full);
     }
     // A length field at the bound is refused, even with all its bytes there and a stream in
     // them that would decompress: they would not fit the slot. One far above it is refused
@@ -139,7 +140,7 @@ TEST_F(DcfReaderTest, ChunksAtTheReadersBounds) {
         builder.Chunk(static_cast<std::uint32_t>(compressed.size()), compressed);
         if (size == bound) {
             ASSERT_EQ(Extract(builder.Image()), FORMAT_OK);
-            EXPECT_EQ(ReadFile(Out() / "f"), content);
+            EXPECT_EQ(ReadBytes(Out() / "f"), content);
         } else {
             EXPECT_EQ(Extract(builder.Image()), FORMAT_FAILED);
         }
@@ -158,10 +159,10 @@ TEST_F(DcfReaderTest, LegacyStreamCornersAndItsDeafnessToCancel) {
                                            {u"\\odd", Bytes(33, 'o'), {}},
                                            {u"\\last", Bytes(2, 'l'), {}}});
     ASSERT_EQ(Extract(image), FORMAT_OK);
-    EXPECT_EQ(ReadFile(Out() / "empty"), Bytes{});
-    EXPECT_EQ(ReadFile(Out() / "sixteen"), sixteen);
-    EXPECT_EQ(ReadFile(Out() / "odd"), Bytes(33, 'o'));
-    EXPECT_EQ(ReadFile(Out() / "last"), Bytes(2, 'l'));
+    EXPECT_EQ(ReadBytes(Out() / "empty"), Bytes{});
+    EXPECT_EQ(ReadBytes(Out() / "sixteen"), sixteen);
+    EXPECT_EQ(ReadBytes(Out() / "odd"), Bytes(33, 'o'));
+    EXPECT_EQ(ReadBytes(Out() / "last"), Bytes(2, 'l'));
 
     // A legacy stream runs to its end whatever the flag says; the next entry sees it.
     ResetOut();
@@ -170,7 +171,7 @@ TEST_F(DcfReaderTest, LegacyStreamCornersAndItsDeafnessToCancel) {
     recorder_.percents.clear();
     recorder_.cancelAfterPercents = 1;
     EXPECT_EQ(Extract(two), FORMAT_CANCELLED);
-    EXPECT_EQ(ReadFile(Out() / "a"), big);
+    EXPECT_EQ(ReadBytes(Out() / "a"), big);
     EXPECT_FALSE(fs::exists(Out() / "b"));
 }
 
@@ -185,7 +186,7 @@ TEST_F(DcfReaderTest, TagBlockUnreadableEndsTheLoop) {
     // would give Wine's stand-in for a stream, "a:ZelTag5", the look of a drive-relative path.)
     ASSERT_EQ(at.size(), 11u);
     EXPECT_EQ(Extract(Bytes(image.begin(), image.begin() + at[9] + 8)), FORMAT_FAILED);
-    EXPECT_EQ(ReadFile(Out() / "first"), Bytes(4, 'a'));
+    EXPECT_EQ(ReadBytes(Out() / "first"), Bytes(4, 'a'));
     EXPECT_FALSE(fs::exists(Out() / "second"));
     EXPECT_EQ(recorder_.events, (std::vector<std::string>{"write first", "done first"}));
 }
@@ -206,8 +207,8 @@ TEST_F(DcfReaderTest, FailedTaggingLeavesTheFileAndTheRunGoesOn) {
     const Bytes image = tests::BuildImage(
         ImageSettings{}, {}, {{u"\\tagged", Bytes(6, 't'), block}, {u"\\next", Bytes(2, 'n'), {}}});
     ASSERT_EQ(Extract(image), FORMAT_OK);
-    EXPECT_EQ(ReadFile(Out() / "tagged"), Bytes(6, 't'));
-    EXPECT_EQ(ReadFile(Out() / "next"), Bytes(2, 'n'));
+    EXPECT_EQ(ReadBytes(Out() / "tagged"), Bytes(6, 't'));
+    EXPECT_EQ(ReadBytes(Out() / "next"), Bytes(2, 'n'));
     EXPECT_EQ(format_.ExtractedFiles().size(), 2u);
     if (platform::kPathSeparator == u'/') {
         // The attribute keeps what went in before the tagger gave up.
@@ -229,7 +230,7 @@ TEST_F(DcfReaderTest, PendingReplacementOfTheArchiveItself) {
         std::vector<Bytes> found;
         for (const auto& entry : fs::directory_iterator(folder_.Native())) {
             if (entry.path().filename().string().rfind("st", 0) == 0) {
-                found.push_back(*ReadFile(entry.path()));
+                found.push_back(*ReadBytes(entry.path()));
             }
         }
         return found;
@@ -241,7 +242,7 @@ TEST_F(DcfReaderTest, PendingReplacementOfTheArchiveItself) {
     Bytes badHeader = image;
     badHeader[at[7] + 9] ^= 1;  // records: ..., names, the archive's entry, other's header
     EXPECT_EQ(Extract(badHeader), FORMAT_FAILED);
-    EXPECT_EQ(ReadFile(folder_.Native() / "archive.dcf"),
+    EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"),
               openFilesDeletable ? replacement : badHeader);
     EXPECT_TRUE(strayTemporaries().empty());
 
@@ -251,14 +252,14 @@ TEST_F(DcfReaderTest, PendingReplacementOfTheArchiveItself) {
             ImageSettings{}, {},
             {{u"\\archive.dcf", Bytes(5, '1'), {}}, {u"\\archive.dcf", replacement, {}}});
         EXPECT_EQ(Extract(twice), FORMAT_OK);
-        EXPECT_EQ(ReadFile(folder_.Native() / "archive.dcf"), replacement);
+        EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"), replacement);
         EXPECT_TRUE(strayTemporaries().empty());
     }
 
     // A run that ends directly leaves the archive as it is, and no temporary file.
     recorder_.cancelAfterFiles = 1;
     EXPECT_EQ(Extract(image), FORMAT_CANCELLED);
-    EXPECT_EQ(ReadFile(folder_.Native() / "archive.dcf"), image);
+    EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"), image);
     EXPECT_TRUE(strayTemporaries().empty());
 }
 

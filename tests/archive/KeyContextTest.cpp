@@ -25,21 +25,6 @@ std::span<const std::uint8_t> Password(const char* text) {
     return {reinterpret_cast<const std::uint8_t*>(text), std::strlen(text)};
 }
 
-TEST(KeyContext, PasswordTrialFindsTheSuite) {
-    for (const std::uint32_t suite : {1u, 5u, 9u}) {
-        SCOPED_TRACE(suite);
-        tests::ImageSettings settings;
-        settings.suite = suite;
-        const SealedKeyBlock sealed(settings);
-        KeyContextPtr context;
-        ASSERT_EQ(OpenKeyBlock(sealed.block, Password("secret"), context, nullptr, nullptr),
-                  kKeyBlockOpened);
-        ASSERT_TRUE(context);
-        EXPECT_EQ(context->SuiteId, suite);
-        EXPECT_EQ(context->KeySchedule, sealed.builder.Keys().KeySchedule);
-    }
-}
-
 TEST(KeyContext, WrongPasswordAndDamagedMasterKeyAreaAreRefused) {
     const SealedKeyBlock sealed{tests::ImageSettings{}};
     KeyContextPtr context;

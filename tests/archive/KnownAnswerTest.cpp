@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <optional>
 #include <random>
@@ -71,17 +70,6 @@ struct KnownImage {
 const KnownImage kImages[] = {{"password.dcf", kPasswordImage, false},
                               {"recipient.dcf", kRecipientImage, true}};
 
-Bytes ReadFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
-}
-
-void WriteFile(const fs::path& path, const Bytes& bytes) {
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-}
-
 Tree TreeUnder(const fs::path& root) {
     Tree tree;
     for (const auto& entry : fs::recursive_directory_iterator(root)) {
@@ -89,7 +77,7 @@ Tree TreeUnder(const fs::path& root) {
         if (path.find(':') != std::string::npos) {
             continue;  // a tag stream, which Wine keeps as a file of its own
         }
-        tree[path] = entry.is_directory() ? std::nullopt : std::optional(ReadFile(entry.path()));
+        tree[path] = entry.is_directory() ? std::nullopt : tests::ReadBytes(entry.path());
     }
     return tree;
 }
@@ -120,8 +108,7 @@ ArchiveWriteRequest RequestFor(const KnownImage& image, const fs::path& folder) 
         item.path = (folder / path).u16string();
         item.isFolder = !content.has_value();
         if (content) {
-            fs::create_directories((folder / path).parent_path());
-            WriteFile(folder / path, *content);
+            tests::WriteBytes(folder / path, *content);
             item.size = content->size();
         } else {
             fs::create_directories(folder / path);
@@ -152,11 +139,11 @@ TEST(KnownAnswerTest, WriterMakesEachImageByteForByte) {
         DCCArchiveUserSettings settings;
         DCCFileFormatDCF format;
         ASSERT_EQ(format.WriteArchive(&request, &settings), FORMAT_OK);
-        const Bytes written = ReadFile(folder.Native() / "image.dcf");
+        const Bytes written = tests::ReadBytes(folder.Native() / "image.dcf").value_or(Bytes{});
         if (written != image.bytes) {
             // Kept for a look, or to take the place of the known image after a deliberate change.
             const fs::path kept = fs::current_path() / image.name;
-            WriteFile(kept, written);
+            tests::WriteBytes(kept, written);
             ADD_FAILURE() << "the writer's image differs from tests/archive/data/" << image.name
                           << " (" << written.size() << " bytes against " << image.bytes.size()
                           << "); it is kept in " << kept.string();
@@ -173,7 +160,7 @@ TEST(KnownAnswerTest, ReaderExtractsEachImageToItsTree) {
             }
             SCOPED_TRACE(std::string(image.name) + (byKey ? " by key" : " by password"));
             tests::TestFolder folder;
-            WriteFile(folder.Native() / image.name, image.bytes);
+            tests::WriteBytes(folder.Native() / image.name, image.bytes);
             ArchiveImage archive;
             platform::ErrorCode error = platform::kErrorSuccess;
             ASSERT_EQ(archive.Open(folder.Path(platform::Utf8ToUtf16(image.name)), error),

@@ -7,9 +7,7 @@
 #include <array>
 #include <atomic>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -102,23 +100,11 @@ protected:
         fs::create_directory(Out());
     }
 
-    void WriteArchive(const Bytes& image) {
-        std::ofstream(folder_.Native() / "archive.dcf", std::ios::binary | std::ios::trunc)
-            .write(reinterpret_cast<const char*>(image.data()),
-                   static_cast<std::streamsize>(image.size()));
-    }
+    void WriteArchive(const Bytes& image) { WriteBytes(folder_.Native() / "archive.dcf", image); }
 
     FormatResult Extract(const Bytes& image) {
         WriteArchive(image);
         return format_.ExtractArchive(&request_, &settings_);
-    }
-
-    static std::optional<Bytes> ReadFile(const fs::path& path) {
-        std::ifstream in(path, std::ios::binary);
-        if (!in) {
-            return std::nullopt;
-        }
-        return Bytes(std::istreambuf_iterator<char>(in), {});
     }
 
     std::size_t FilesUnderOut() const {

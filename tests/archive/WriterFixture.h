@@ -5,9 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <optional>
 #include <set>
 #include <string>
 
@@ -16,14 +14,6 @@
 #include "tests/archive/ReaderFixture.h"
 
 namespace tests {
-
-inline std::optional<Bytes> ReadBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        return std::nullopt;
-    }
-    return Bytes(std::istreambuf_iterator<char>(in), {});
-}
 
 class WriterFixture : public ::testing::Test {
 protected:
@@ -75,9 +65,7 @@ protected:
     ArchiveWriteItem& AddFile(const fs::path& relative, const Bytes& content) {
         const fs::path path = SourceRoot() / relative;
         AddFolder(relative.parent_path());
-        std::ofstream(path, std::ios::binary)
-            .write(reinterpret_cast<const char*>(content.data()),
-                   static_cast<std::streamsize>(content.size()));
+        WriteBytes(path, content);
         ArchiveWriteItem item;
         item.path = path.u16string();
         item.size = content.size();

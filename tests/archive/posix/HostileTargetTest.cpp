@@ -47,8 +47,8 @@ TEST_F(DcfReaderTest, AHardLinkToAnOutsideFileIsReplacedNotRewritten) {
     fs::create_hard_link(outside, Out() / "f");
     settings_.overwriteMode = OVERWRITE_REPLACE;
     ASSERT_EQ(Extract(BuildImage(ImageSettings{}, {}, {{u"\\f", Bytes(5, 'x'), {}}})), FORMAT_OK);
-    EXPECT_EQ(ReadFile(Out() / "f"), Bytes(5, 'x'));
-    EXPECT_EQ(ReadFile(outside), Bytes({'o', 'u', 't', 's', 'i', 'd', 'e'}));
+    EXPECT_EQ(ReadBytes(Out() / "f"), Bytes(5, 'x'));
+    EXPECT_EQ(ReadBytes(outside), Bytes({'o', 'u', 't', 's', 'i', 'd', 'e'}));
 }
 
 // A write that fails part way: the file cut short stays under its name as the format says, or,
@@ -66,7 +66,7 @@ TEST_F(DcfReaderTest, AFailedWriteKeepsOrDropsTheFileCutShort) {
     std::ofstream(Out() / "big", std::ios::trunc) << "old";
     request_.keepPartialFile = false;
     EXPECT_EQ(extractWithin(100000), FORMAT_OUTPUT_WRITE_FAILED);
-    EXPECT_EQ(ReadFile(Out() / "big"), Bytes({'o', 'l', 'd'}));
+    EXPECT_EQ(ReadBytes(Out() / "big"), Bytes({'o', 'l', 'd'}));
     fs::remove(Out() / "big");
     EXPECT_EQ(extractWithin(100000), FORMAT_OUTPUT_WRITE_FAILED);
     EXPECT_TRUE(fs::is_empty(Out()));
@@ -87,9 +87,7 @@ TEST(DcfReaderRaceTest, AFolderSwappedWithALinkDuringExtraction) {
         files.push_back({u"\\d\\f" + platform::Utf8ToUtf16(std::to_string(i)), Bytes(10, 'x'), {}});
     }
     const Bytes image = BuildImage(ImageSettings{}, {u"\\d"}, files);
-    std::ofstream(folder.Native() / "archive.dcf", std::ios::binary)
-        .write(reinterpret_cast<const char*>(image.data()),
-               static_cast<std::streamsize>(image.size()));
+    WriteBytes(folder.Native() / "archive.dcf", image);
     ArchiveExtractRequest request;
     request.sourcePath = folder.Path(u"archive.dcf");
     request.targetPath = folder.Path(u"out");

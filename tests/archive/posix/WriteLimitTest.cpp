@@ -55,9 +55,7 @@ TEST_F(WriteLimitTest, FailedWritesOfASelfExtractingFileAreTheirsAndLeaveNothing
     AddFile("one.txt", Noise(5000, 4));
     const Bytes stub = Noise(64 * 1024, 5);
     const fs::path stubPath = folder_.Native() / "stub.bin";
-    std::ofstream(stubPath, std::ios::binary)
-        .write(reinterpret_cast<const char*>(stub.data()),
-               static_cast<std::streamsize>(stub.size()));
+    WriteBytes(stubPath, stub);
     DCCFileFormatSFX sfx(stubPath.u16string());
     const std::uint64_t full = FullSize(sfx, ArchivePath("archive.exe"));
     const std::set<std::string> stubOnly{"stub.bin"};

@@ -80,47 +80,5 @@ TEST(ContentResultRecord, HostileCountsAndLengthsFailWithoutAllocating) {
     EXPECT_FALSE(readTree(badPresence.Data()));
 }
 
-// State and kind names, out-of-range values as blanks, and the nesting of the lists.
-TEST(ContentResultText, NamesAndNesting) {
-    CContentResult::CacheInfo cache;
-    cache.ZelmarikState = 4;
-    cache.MetadataState = 5;
-    cache.TovrinxState = 2;
-    EXPECT_EQ(cache.DebugLog(), u"Zelmarik: ChildPartialHit, Metadata: , Tovrinx: L2Hit");
-    EXPECT_EQ(CContentResult::CacheInfo().DebugLog(),
-              u"Zelmarik: NotInitialized, Metadata: NotInitialized, Tovrinx: NotInitialized");
-
-    CContentResult::ElementResult element;
-    element.Kind = 9;
-    element.Matches.resize(2);
-    element.Matches[0].First = u"a";
-    element.Matches[0].Second = u"b";
-    element.Matches[0].Count = 4;
-    element.Matches[1].First = u"c";
-    element.TotalCount = 4000000000u;
-    EXPECT_EQ(
-        element.DebugLog(),
-        u"Kind: Metadata\n\tMatches: a, b, count: 4, c, , count: 0\n\tTotal count: 4000000000");
-    element.Kind = 10;
-    EXPECT_EQ(element.DebugLog().substr(0, 8), u"Kind: \n\t");
-
-    CContentResult::FileResult file;
-    file.RelativeName = u"x.doc";
-    EXPECT_EQ(file.DebugLog(),
-              u"Relative name: x.doc, Definitions: \r\n-none-, FoundMetadata: \r\n-none-");
-    file.FoundMetadata.resize(2);
-    file.FoundMetadata.front().Name = u"Author";
-    file.FoundMetadata.front().Value = u"Ann";
-    file.Definitions.resize(1);
-    file.Definitions.front().Id = 18446744073709551615u;
-    file.Definitions.front().Name = u"D";
-    file.Definitions.front().Elements.resize(1);
-    EXPECT_EQ(file.DebugLog(),
-              u"Relative name: x.doc, Definitions: \r\n"
-              u"Id: 18446744073709551615, Name: D, Elements: "
-              u"Kind: NotInitialized\n\tMatches: \n\tTotal count: 0, ContentHitCount: 0, "
-              u"FoundMetadata: \r\nName: Author, Value: Ann, \nName: , Value: ");
-}
-
 }  // namespace
 }  // namespace tests

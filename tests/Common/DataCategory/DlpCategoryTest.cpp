@@ -45,23 +45,6 @@ TEST(DlpCategoryRecord, AbsentPartsResetWhatWasThere) {
     EXPECT_EQ(RecordOf(category), record);
 }
 
-TEST(DlpCategoryRecord, NextIdentifierIsFoundPastATree) {
-    ByteBuilder two;
-    two.Append(SampleCategoryRecord()).Append(RecordOf(CDlpCategory()));
-    Bytes records = two.Data();
-    // Give the second category an identifier of its own.
-    const std::size_t second = SampleCategoryRecord().size();
-    records[second] = 0x42;
-
-    CRawReader in(records);
-    CDlpCategory first;
-    CDlpCategory next;
-    ASSERT_TRUE(first.Deserialize(in));
-    ASSERT_TRUE(next.Deserialize(in));
-    EXPECT_EQ(next.Id, IdOf(0x42));
-    EXPECT_EQ(in.Remaining(), 0);
-}
-
 TEST(DlpCategoryRecord, DamagedRecordsFail) {
     const Bytes valid = SampleCategoryRecord();
     const auto fails = [](const Bytes& record) {

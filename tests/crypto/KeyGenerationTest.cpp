@@ -11,7 +11,6 @@
 #include "crypto/Rsa.h"
 #include "crypto/SecurityKey.h"
 #include "platform/LocalTime.h"
-#include "platform/SystemRandom.h"
 #include "tests/TestFolder.h"
 
 namespace {
@@ -93,24 +92,6 @@ TEST_F(KeyGenerationTest, DegenerateModuliAreRefusedWithTheirReason) {
     for (const auto& [number, reason] : cases) {
         const std::string problem = Zelmarik::PublicModulusProblem(number->data());
         EXPECT_NE(problem.find(reason), std::string::npos) << problem;
-    }
-}
-
-TEST_F(KeyGenerationTest, SealedMessagesOpenWithTheKey) {
-    const DCCSecurityKey key = ParsedKey();
-    Number n{}, e{};
-    Zelmarik::DCRSA::NumberFromHex(n.data(), n.size(), pair_->publicKeyText, 1024);
-    e[0] = Zelmarik::kRsaPublicExponent;
-    for (int i = 0; i < 3; ++i) {
-        Number message{}, sealed{}, opened{};
-        ASSERT_TRUE(platform::SystemRandom(message.data(), 4 * 127));  // top word zero
-        ASSERT_EQ(Zelmarik::NumberModExp(sealed.data(), message.data(), e.data(), n.data()), 0);
-        EXPECT_NE(sealed, message);
-        ASSERT_EQ(
-            Zelmarik::RsaOpenBlock(sealed.data(), opened.data(), key.PrivateKey->Numbers[0].data(),
-                                   key.PrivateKey->Numbers[1].data()),
-            0);
-        EXPECT_EQ(opened, message);
     }
 }
 

@@ -9,20 +9,17 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "archive/detail/SfxTrailer.h"
 #include "crypto/KeyGeneration.h"
-#include "crypto/Rsa.h"
-#include "platform/Text.h"
+#include "tests/RecipientKey.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
 
@@ -30,19 +27,10 @@ namespace {
 
 namespace fs = std::filesystem;
 using tests::Bytes;
+using tests::ReadBytes;
+using tests::WriteBytes;
 
 constexpr auto kPatience = std::chrono::seconds(60);
-
-void WriteBytes(const fs::path& path, const Bytes& bytes) {
-    std::ofstream out(path, std::ios::binary);
-    out.write(reinterpret_cast<const char*>(bytes.data()),
-              static_cast<std::streamsize>(bytes.size()));
-}
-
-Bytes ReadBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 Bytes Text(const std::string& text) {
     return Bytes(text.begin(), text.end());
@@ -50,7 +38,7 @@ Bytes Text(const std::string& text) {
 
 // The stub followed by `image` and the trailer, executable, under `path`.
 void MakeSelfExtractingFile(const fs::path& path, const Bytes& image) {
-    Bytes file = ReadBytes(VOMDREL_PATH);
+    Bytes file = ReadBytes(VOMDREL_PATH).value_or(Bytes{});
     ASSERT_FALSE(file.empty());
     file.insert(file.end(), image.begin(), image.end());
     const SfxTrailerBytes trailer = BuildSfxTrailer(image.size());
@@ -307,19 +295,14 @@ TEST_F(TerminalFrontEndTest, CancelAtAReplaceQuestionKeepsFinishedFiles) {
 }
 
 TEST_F(TerminalFrontEndTest, PrivateKeyOpensAnArchiveSealedForItsOwner) {
-    Zelmarik::GeneratedKeyPair pair;
-    ASSERT_EQ(Zelmarik::GenerateKeyPair(u"recipient", -1, pair), Zelmarik::KeyGenerationResult::Ok);
     const fs::path privateKey = folder_.Native() / "recipient.privkey";
-    ASSERT_EQ(Zelmarik::WriteKeyPairFiles(
-                  pair, platform::Utf8ToUtf16(privateKey.string()),
-                  platform::Utf8ToUtf16((folder_.Native() / "recipient.pubkey").string()), false),
-              0u);
-    std::array<std::uint32_t, Zelmarik::kRsaNumberWords> modulus{};
-    Zelmarik::DCRSA::NumberFromHex(modulus.data(), modulus.size(), pair.publicKeyText,
-                                   pair.publicKeyText.size());
+    ASSERT_EQ(
+        Zelmarik::WriteKeyPairFiles(tests::Recipient().pair, folder_.Path(u"recipient.privkey"),
+                                    folder_.Path(u"recipient.pubkey"), false),
+        0u);
     tests::ImageSettings sealed;
     sealed.password.clear();
-    sealed.modulus = modulus.data();
+    sealed.modulus = tests::Recipient().modulus.data();
     MakeSelfExtractingFile(program_,
                            tests::BuildImage(sealed, {}, {{u"\\k.txt", Text("for the key"), {}}}));
 

@@ -42,11 +42,6 @@ std::vector<RecordedBox> MessageBoxScript::Boxes() const {
     return boxes_;
 }
 
-std::size_t MessageBoxScript::Count() const {
-    const std::lock_guard hold(lock_);
-    return boxes_.size();
-}
-
 int WINAPI MessageBoxScript::Show(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) {
     MessageBoxScript& script = *activeScript;
     std::function<void()> action;

@@ -37,7 +37,6 @@ public:
     // Runs on the thread that shows a box, before it is answered.
     void BeforeAnswer(std::function<void()> action);
     std::vector<RecordedBox> Boxes() const;
-    std::size_t Count() const;
 
 private:
     static int WINAPI Show(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type);

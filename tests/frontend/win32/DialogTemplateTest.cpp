@@ -152,9 +152,9 @@ TEST(StubResources, ManifestRunsAsInvokerWithCommonControlsSix) {
 }
 
 TEST(StubResources, GuiProgramThatNeedsOnlySystemLibraries) {
-    const auto facts = tests::ReadExecutableFacts(tests::BuiltStubPath());
-    ASSERT_TRUE(facts.has_value());
-    EXPECT_EQ(facts->subsystem, IMAGE_SUBSYSTEM_WINDOWS_GUI);
+    const tests::ResourceModule stub(tests::BuiltStubPath());
+    ASSERT_TRUE(stub.Loaded());
+    EXPECT_EQ(stub.Subsystem(), IMAGE_SUBSYSTEM_WINDOWS_GUI);
     // A recipient's machine has the system's libraries and nothing else: the runtime and
     // zlib are linked in.
     const std::vector<std::string> system = {
@@ -162,7 +162,9 @@ TEST(StubResources, GuiProgramThatNeedsOnlySystemLibraries) {
         "kernel32.dll", "mpr.dll",      "msvcrt.dll",   "netapi32.dll", "ntdll.dll",
         "ole32.dll",    "rpcrt4.dll",   "shell32.dll",  "user32.dll",   "ws2_32.dll",
         "bcrypt.dll",   "crypt32.dll",  "shlwapi.dll"};
-    for (const std::string& dll : facts->importedDlls) {
+    const std::vector<std::string> imported = stub.ImportedDlls();
+    EXPECT_FALSE(imported.empty());
+    for (const std::string& dll : imported) {
         EXPECT_TRUE(std::find(system.begin(), system.end(), dll) != system.end() ||
                     dll.rfind("api-ms-win-", 0) == 0)
             << dll << " is not part of the system";

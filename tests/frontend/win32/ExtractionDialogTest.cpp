@@ -6,16 +6,12 @@
 #include <commctrl.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "archive/detail/FileFormatSFX.h"
 #include "archive/detail/SfxTrailer.h"
 #include "crypto/KeyGeneration.h"
-#include "crypto/Rsa.h"
 #include "frontend/ExtractionDriver.h"
 #include "frontend/ExtractionParameters.h"
 #include "frontend/InteractiveFrontEnd.h"
@@ -24,6 +20,7 @@
 #include "frontend/resources/DialogControls.h"
 #include "platform/Module.h"
 #include "platform/Text.h"
+#include "tests/RecipientKey.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
 #include "tests/frontend/win32/DialogHarness.h"
@@ -33,6 +30,8 @@ namespace {
 using tests::Bytes;
 using tests::DialogUnderTest;
 using tests::EntrySpec;
+using tests::ReadBytes;
+using tests::WriteBytes;
 namespace fs = std::filesystem;
 
 constexpr int kProgressRowsHeight = 60;
@@ -56,27 +55,12 @@ protected:
     // A stub's worth of bytes, the image and the trailer, as the dialog's source.
     void WriteArchive(const std::vector<EntrySpec>& entries,
                       const tests::ImageSettings& settings = {}) const {
+        Bytes file(4096, 'M');
         const Bytes image = tests::BuildImage(settings, {}, entries);
         const SfxTrailerBytes trailer = BuildSfxTrailer(image.size());
-        std::ofstream file(fs::path(ExtractionParameters.sourcePath), std::ios::binary);
-        const std::string stub(4096, 'M');
-        file.write(stub.data(), static_cast<std::streamsize>(stub.size()));
-        file.write(reinterpret_cast<const char*>(image.data()),
-                   static_cast<std::streamsize>(image.size()));
-        file.write(reinterpret_cast<const char*>(trailer.data()),
-                   static_cast<std::streamsize>(trailer.size()));
-    }
-
-    static void WriteFile(const std::u16string& path, const Bytes& content) {
-        fs::create_directories(fs::path(path).parent_path());
-        std::ofstream(fs::path(path), std::ios::binary)
-            .write(reinterpret_cast<const char*>(content.data()),
-                   static_cast<std::streamsize>(content.size()));
-    }
-
-    static Bytes ReadFile(const std::u16string& path) {
-        std::ifstream stream(fs::path(path), std::ios::binary);
-        return Bytes(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+        file.insert(file.end(), image.begin(), image.end());
+        file.insert(file.end(), trailer.begin(), trailer.end());
+        WriteBytes(ExtractionParameters.sourcePath, file);
     }
 
     // Starts an extraction with a password into the test folder.
@@ -184,7 +168,7 @@ TEST_F(ExtractionDialogTest, PickersFillTheirFieldsAndACancelledChoiceKeepsThem)
     dialog.Type(IDC_PASSWORD, u"secret");
     dialog.Click(IDC_EXTRACT);
     EXPECT_TRUE(ExtractionParameters.targetPath == Target());
-    ASSERT_TRUE(tests::PumpUntil([&] { return boxes_.Count() == 1; }));  // no archive there
+    ASSERT_TRUE(tests::PumpUntil([&] { return boxes_.Boxes().size() == 1; }));  // no archive there
 }
 
 TEST_F(ExtractionDialogTest, MissingOrUnreadableCredentialsAreRefusedInPlace) {
@@ -216,7 +200,7 @@ TEST_F(ExtractionDialogTest, EarlyFailureLeavesTheDialogOpenAndItGrowsOnlyOnce) 
         SCOPED_TRACE(attempt);
         StartWithPassword(dialog, u"secret");
         ASSERT_TRUE(tests::PumpUntil([&] {
-            return boxes_.Count() == static_cast<std::size_t>(attempt) &&
+            return boxes_.Boxes().size() == static_cast<std::size_t>(attempt) &&
                    dialog.Enabled(IDC_EXTRACT) && !dialog.Shown(IDC_PROGRESS_BAR);
         }));
         ExpectBox(boxes_.Boxes().back(), dialog, kExtractionFailed);
@@ -243,11 +227,11 @@ TEST_F(ExtractionDialogTest, PasswordExtractionRunsToTheEndAndEndsTheDialog) {
     EXPECT_TRUE(ExtractionParameters.targetPath == Target());
 
     ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
-    EXPECT_EQ(ReadFile(Target() + u"big.bin"), big);
-    EXPECT_EQ(ReadFile(Target() + u"small.txt"), small);
+    EXPECT_EQ(ReadBytes(Target() + u"big.bin"), big);
+    EXPECT_EQ(ReadBytes(Target() + u"small.txt"), small);
     EXPECT_EQ(SendMessageW(dialog.Item(IDC_PROGRESS_BAR), PBM_GETPOS, 0, 0), 100);
     EXPECT_TRUE(dialog.Text(IDC_STATUS_LINE) == u"Extracting file: " + Target() + u"small.txt");
-    EXPECT_EQ(boxes_.Count(), 0u);
+    EXPECT_EQ(boxes_.Boxes().size(), 0u);
 }
 
 TEST_F(ExtractionDialogTest, WrongPasswordIsToldThenEndsTheDialogWithoutFiles) {
@@ -270,16 +254,16 @@ TEST_F(ExtractionDialogTest, ReplaceQuestionsAnsweredYesNoThenCancel) {
     WriteArchive(
         {{u"\\a", fresh, {}}, {u"\\b", fresh, {}}, {u"\\c", fresh, {}}, {u"\\d", fresh, {}}});
     for (const char16_t* name : {u"a", u"b", u"c", u"d"}) {
-        WriteFile(Target() + name, old);
+        WriteBytes(Target() + name, old);
     }
     boxes_.Answer({IDYES, IDNO, IDCANCEL});
     DialogUnderTest dialog;
     StartWithPassword(dialog, u"secret");
     ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
 
-    EXPECT_EQ(ReadFile(Target() + u"a"), fresh);
+    EXPECT_EQ(ReadBytes(Target() + u"a"), fresh);
     for (const char16_t* name : {u"b", u"c", u"d"}) {
-        EXPECT_EQ(ReadFile(Target() + name), old);
+        EXPECT_EQ(ReadBytes(Target() + name), old);
     }
     const auto boxes = boxes_.Boxes();
     ASSERT_EQ(boxes.size(), 3u);  // none for d: Cancel stopped the extraction
@@ -294,7 +278,7 @@ TEST_F(ExtractionDialogTest, CancelWhileRunningStopsAndKeepsFinishedFiles) {
     const Bytes content(30, 'x');
     WriteArchive(
         {{u"\\first", content, {}}, {u"\\second", content, {}}, {u"\\third", content, {}}});
-    WriteFile(Target() + u"second", Bytes(5, 'o'));
+    WriteBytes(Target() + u"second", Bytes(5, 'o'));
     DialogUnderTest dialog;
     // The user presses Cancel while the question about the second file is up, then answers No.
     bool endedByCancel = true;
@@ -307,10 +291,10 @@ TEST_F(ExtractionDialogTest, CancelWhileRunningStopsAndKeepsFinishedFiles) {
     ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
 
     EXPECT_FALSE(endedByCancel);  // the worker ended the dialog, not the button
-    EXPECT_EQ(ReadFile(Target() + u"first"), content);
-    EXPECT_EQ(ReadFile(Target() + u"second"), Bytes(5, 'o'));
+    EXPECT_EQ(ReadBytes(Target() + u"first"), content);
+    EXPECT_EQ(ReadBytes(Target() + u"second"), Bytes(5, 'o'));
     EXPECT_FALSE(fs::exists(fs::path(Target() + u"third")));
-    EXPECT_EQ(boxes_.Count(), 1u);
+    EXPECT_EQ(boxes_.Boxes().size(), 1u);
 }
 
 TEST_F(ExtractionDialogTest, IdleDialogEndsByCancelCloseAndPrivateMessagesButNotEscape) {
@@ -377,45 +361,26 @@ TEST_F(ExtractionDialogTest, TheStubWithoutKeyAndTargetShowsTheModalDialogOfItsL
     EXPECT_TRUE(user.Caption() == u"Extrahieren des Archivs ");
 }
 
-// Archives sealed for a recipient whose private key file lies in the test folder.
-class KeyExtractionDialogTest : public ExtractionDialogTest {
-protected:
-    static void SetUpTestSuite() {
-        Zelmarik::GeneratedKeyPair pair;
-        ASSERT_EQ(Zelmarik::GenerateKeyPair(u"recipient", -1, pair),
-                  Zelmarik::KeyGenerationResult::Ok);
-        keyFolder_ = new tests::TestFolder;
-        ASSERT_EQ(Zelmarik::WriteKeyPairFiles(pair, KeyPath(), keyFolder_->Path(u"r.pubkey"), true),
-                  platform::kErrorSuccess);
-        Zelmarik::DCRSA::NumberFromHex(modulus_.data(), modulus_.size(), pair.publicKeyText,
-                                       pair.publicKeyText.size());
-    }
-    static void TearDownTestSuite() { delete keyFolder_; }
-    static std::u16string KeyPath() { return keyFolder_->Path(u"r.privkey"); }
-
-    static tests::TestFolder* keyFolder_;
-    static std::array<std::uint32_t, Zelmarik::kRsaNumberWords> modulus_;
-};
-
-tests::TestFolder* KeyExtractionDialogTest::keyFolder_ = nullptr;
-std::array<std::uint32_t, Zelmarik::kRsaNumberWords> KeyExtractionDialogTest::modulus_{};
-
-TEST_F(KeyExtractionDialogTest, PrivateKeyFileExtracts) {
+TEST_F(ExtractionDialogTest, PrivateKeyFileExtractsAnArchiveSealedForItsOwner) {
+    const std::u16string key = folder_.Path(u"r.privkey");
+    ASSERT_EQ(
+        Zelmarik::WriteKeyPairFiles(tests::Recipient().pair, key, folder_.Path(u"r.pubkey"), true),
+        platform::kErrorSuccess);
     const Bytes content = tests::Noise(5000, 9);
     tests::ImageSettings settings;
-    settings.modulus = modulus_.data();
+    settings.modulus = tests::Recipient().modulus.data();
     settings.password = u"not typed";
     WriteArchive({{u"\\sealed.bin", content, {}}}, settings);
     DialogUnderTest dialog;
     dialog.Type(IDC_TARGET_FOLDER, folder_.Root());
-    dialog.Type(IDC_KEY_PATH, KeyPath());
+    dialog.Type(IDC_KEY_PATH, key);
     EXPECT_FALSE(dialog.Enabled(IDC_PASSWORD));
     dialog.Click(IDC_EXTRACT);
     EXPECT_TRUE(ExtractionParameters.keyGiven);
     EXPECT_FALSE(ExtractionParameters.passwordGiven);
     ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
-    EXPECT_EQ(ReadFile(Target() + u"sealed.bin"), content);
-    EXPECT_EQ(boxes_.Count(), 0u);
+    EXPECT_EQ(ReadBytes(Target() + u"sealed.bin"), content);
+    EXPECT_EQ(boxes_.Boxes().size(), 0u);
 }
 
 }  // namespace

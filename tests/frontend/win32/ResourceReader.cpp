@@ -1,10 +1,5 @@
 #include "tests/frontend/win32/ResourceReader.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
 namespace tests {
 
 namespace {
@@ -12,10 +7,9 @@ namespace {
 // Reads little-endian fields from a byte range; any read past the end marks it failed.
 class FieldReader {
 public:
-    FieldReader(const std::vector<std::uint8_t>& bytes, std::size_t at) : bytes_(bytes), at_(at) {}
+    explicit FieldReader(const std::vector<std::uint8_t>& bytes) : bytes_(bytes) {}
 
     bool Failed() const { return failed_; }
-    std::size_t Position() const { return at_; }
     void AlignTo4() { at_ = (at_ + 3) & ~std::size_t{3}; }
     void Skip(std::size_t count) { Take(count); }
 
@@ -28,10 +22,6 @@ public:
         return low | static_cast<std::uint32_t>(Word()) << 16;
     }
     short Short() { return static_cast<short>(Word()); }
-    std::uint8_t Byte() {
-        const std::uint8_t* p = Take(1);
-        return p == nullptr ? 0 : *p;
-    }
     std::u16string String() {
         std::u16string text;
         while (!failed_) {
@@ -77,23 +67,18 @@ private:
     }
 
     const std::vector<std::uint8_t>& bytes_;
-    std::size_t at_;
+    std::size_t at_ = 0;
     bool failed_ = false;
 };
 
-std::u16string Lower(std::u16string text) {
-    for (char16_t& c : text) {
-        if (c >= u'A' && c <= u'Z') {
-            c = static_cast<char16_t>(c - u'A' + u'a');
+// ASCII letters only: the names compared are ASCII.
+template <typename Text>
+Text Lower(Text text) {
+    for (auto& c : text) {
+        if (c >= 'A' && c <= 'Z') {
+            c = static_cast<typename Text::value_type>(c - 'A' + 'a');
         }
     }
-    return text;
-}
-
-std::string Lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
     return text;
 }
 
@@ -126,8 +111,34 @@ bool ResourceModule::HasLanguage(LPCWSTR type, WORD id, LANGID language) const {
     return FindResourceExW(module_, type, MAKEINTRESOURCEW(id), language) != nullptr;
 }
 
+// The handle of an image resource is its base with a flag in the lowest bits.
+const BYTE* ResourceModule::Base() const {
+    return reinterpret_cast<const BYTE*>(reinterpret_cast<ULONG_PTR>(module_) & ~ULONG_PTR{3});
+}
+
+const IMAGE_NT_HEADERS& ResourceModule::Headers() const {
+    const auto& dos = *reinterpret_cast<const IMAGE_DOS_HEADER*>(Base());
+    return *reinterpret_cast<const IMAGE_NT_HEADERS*>(Base() + dos.e_lfanew);
+}
+
+WORD ResourceModule::Subsystem() const {
+    return Headers().OptionalHeader.Subsystem;
+}
+
+std::vector<std::string> ResourceModule::ImportedDlls() const {
+    const IMAGE_DATA_DIRECTORY& imports =
+        Headers().OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    std::vector<std::string> dlls;
+    for (auto* entry =
+             reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(Base() + imports.VirtualAddress);
+         entry->Name != 0; ++entry) {
+        dlls.push_back(Lower(std::string(reinterpret_cast<const char*>(Base() + entry->Name))));
+    }
+    return dlls;
+}
+
 std::optional<DialogTemplate> ParseDialogTemplate(const std::vector<std::uint8_t>& bytes) {
-    FieldReader reader(bytes, 0);
+    FieldReader reader(bytes);
     if (reader.Word() != 1 || reader.Word() != 0xFFFF) {
         return std::nullopt;  // not the extended form
     }
@@ -165,83 +176,6 @@ std::optional<DialogTemplate> ParseDialogTemplate(const std::vector<std::uint8_t
         return std::nullopt;
     }
     return dialog;
-}
-
-std::optional<PortableExecutableFacts> ReadExecutableFacts(const std::u16string& path) {
-    std::ifstream stream(std::filesystem::path(path), std::ios::binary);
-    const std::vector<std::uint8_t> file((std::istreambuf_iterator<char>(stream)),
-                                         std::istreambuf_iterator<char>());
-    FieldReader dos(file, 0x3C);
-    const std::size_t headers = dos.DoubleWord();
-    FieldReader reader(file, headers);
-    if (dos.Failed() || reader.DoubleWord() != 0x00004550) {  // "PE\0\0"
-        return std::nullopt;
-    }
-    reader.Skip(2);  // machine
-    const std::uint16_t sectionCount = reader.Word();
-    reader.Skip(12);
-    const std::uint16_t optionalSize = reader.Word();
-    reader.Skip(2);
-    const std::size_t optional = reader.Position();
-    const std::uint16_t magic = reader.Word();
-    const bool wide = magic == 0x20B;
-    if (!wide && magic != 0x10B) {
-        return std::nullopt;
-    }
-    PortableExecutableFacts facts;
-    FieldReader subsystem(file, optional + 68);
-    facts.subsystem = subsystem.Word();
-    FieldReader directory(file, optional + (wide ? 112 : 96) + 8);  // the import directory
-    const std::uint32_t importRva = directory.DoubleWord();
-
-    struct Section {
-        std::uint32_t rva, size, offset;
-    };
-    std::vector<Section> sections;
-    FieldReader table(file, optional + optionalSize);
-    for (std::uint16_t i = 0; i < sectionCount; ++i) {
-        table.Skip(8);  // name
-        Section section{};
-        section.size = table.DoubleWord();
-        section.rva = table.DoubleWord();
-        table.Skip(4);
-        section.offset = table.DoubleWord();
-        table.Skip(16);
-        sections.push_back(section);
-    }
-    auto offsetOf = [&](std::uint32_t rva) -> std::optional<std::size_t> {
-        for (const Section& s : sections) {
-            if (rva >= s.rva && rva - s.rva < s.size) {
-                return std::size_t{s.offset} + (rva - s.rva);
-            }
-        }
-        return std::nullopt;
-    };
-    const auto imports = offsetOf(importRva);
-    if (subsystem.Failed() || directory.Failed() || table.Failed() || !imports) {
-        return std::nullopt;
-    }
-    for (FieldReader descriptor(file, *imports);;) {
-        descriptor.Skip(12);
-        const std::uint32_t nameRva = descriptor.DoubleWord();
-        descriptor.Skip(4);
-        if (descriptor.Failed()) {
-            return std::nullopt;
-        }
-        if (nameRva == 0) {
-            break;
-        }
-        const auto name = offsetOf(nameRva);
-        if (!name) {
-            return std::nullopt;
-        }
-        std::string dll;
-        for (std::size_t at = *name; at < file.size() && file[at] != 0; ++at) {
-            dll.push_back(static_cast<char>(file[at]));
-        }
-        facts.importedDlls.push_back(Lower(dll));
-    }
-    return facts;
 }
 
 }  // namespace tests

@@ -1,6 +1,6 @@
 #pragma once
 // Reads the stub's resources back from a built executable: dialog templates, the icon group,
-// the manifest, and the imports and subsystem from the file's own headers.
+// the manifest, and the imports and subsystem from its headers.
 
 #include <windows.h>
 
@@ -28,7 +28,7 @@ struct DialogTemplate {
     std::vector<DialogItem> items;
 };
 
-// An executable opened as data; its resources are not run.
+// An executable of this program's platform, mapped as an image that is not run.
 class ResourceModule {
 public:
     explicit ResourceModule(const std::u16string& path);
@@ -41,20 +41,18 @@ public:
     std::vector<std::uint8_t> Bytes(LPCWSTR type, WORD id) const;
     // True when the resource exists in exactly this language.
     bool HasLanguage(LPCWSTR type, WORD id, LANGID language) const;
+    WORD Subsystem() const;
+    // The libraries it imports from, in lower case.
+    std::vector<std::string> ImportedDlls() const;
 
 private:
+    const IMAGE_NT_HEADERS& Headers() const;
+    const BYTE* Base() const;
+
     HMODULE module_ = nullptr;
 };
 
 // Nothing when the bytes are not a complete extended dialog template.
 std::optional<DialogTemplate> ParseDialogTemplate(const std::vector<std::uint8_t>& bytes);
-
-struct PortableExecutableFacts {
-    WORD subsystem = 0;
-    std::vector<std::string> importedDlls;  // lower case
-};
-
-// Nothing when the file is not a well-formed PE image.
-std::optional<PortableExecutableFacts> ReadExecutableFacts(const std::u16string& path);
 
 }  // namespace tests

@@ -9,8 +9,6 @@ namespace {
 // How long a message to another process may take before it counts as hung.
 constexpr UINT kMessageTimeout = 10000;
 constexpr UINT kPollInterval = 50;
-// The static control that holds a message box's text.
-constexpr int kMessageBoxTextId = 0xFFFF;
 
 const wchar_t* Wide(const std::u16string& text) {
     return reinterpret_cast<const wchar_t*>(text.c_str());
@@ -127,10 +125,6 @@ std::u16string WindowCaption(HWND window) {
 
 void PressButton(HWND window, int id) {
     PostMessageW(GetDlgItem(window, id), BM_CLICK, 0, 0);
-}
-
-std::u16string MessageBoxText(HWND box) {
-    return ControlText(box, kMessageBoxTextId);
 }
 
 }  // namespace tests

@@ -39,7 +39,5 @@ std::u16string ControlText(HWND window, int id);
 std::u16string WindowCaption(HWND window);
 // Presses a button as a click would; a disabled button does nothing.
 void PressButton(HWND window, int id);
-// The text of a message box, which stands in its static control.
-std::u16string MessageBoxText(HWND box);
 
 }  // namespace tests

@@ -141,18 +141,6 @@ TEST(PathsCacheBinary, RoundTripKeepsRawClockReadingsAndDamageEmptiesTheList) {
     }
 }
 
-TEST(PathsCacheText, DebugLogOfItemsWithTheirAge) {
-    Cache cache;
-    EXPECT_EQ(cache.DebugLog(), u"-none-");
-    ASSERT_TRUE(cache.StoreRootPath(Drive(u"C:\\")));
-    FakeClock::Advance(1h + 2min + 3s);
-    ASSERT_TRUE(cache.StoreRootPath(CNetworkPaths(u"", u"\\\\nb\\s\\", u"", u"", u"")));
-    FakeClock::Advance(4ms);
-    EXPECT_EQ(cache.DebugLog(),
-              u"Paths: Local: C:\\ \nLifetime: 1h 2min 3s 4ms, \n"
-              u"Paths: Netbios: \\\\nb\\s\\ \nLifetime: 0h 0min 0s 4ms");
-}
-
 TEST(PathsCacheThreads, ConcurrentStoresAndLookups) {
     Cache cache;
     constexpr int kThreads = 4;

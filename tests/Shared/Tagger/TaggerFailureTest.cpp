@@ -25,8 +25,9 @@ std::string Utf8LongPath(const std::u16string& path) {
     return platform::Utf16ToUtf8(Zelmarik::ToLongPath(path.c_str()));
 }
 
+// The context is in UTF-8, the attributes in hex; no source location.
 TEST_F(TaggerTest, MissingTargetFailsAsTheTargetFileWithTheContextInTheText) {
-    const std::u16string path = folder_.Path(u"missing.txt");
+    const std::u16string path = folder_.Path(u"missing \u00e9.txt");
     const TaggerException error = FailureOf(path, Categories({1}));
     EXPECT_EQ(error.Type, TaggerException::kTargetFile);
     EXPECT_EQ(error.ErrorCode, 2);

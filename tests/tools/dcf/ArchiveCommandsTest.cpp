@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "archive/detail/SfxTrailer.h"
-#include "crypto/Rsa.h"
+#include "tests/RecipientKey.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
 #include "tests/tools/dcf/DcfProgram.h"
@@ -84,15 +84,8 @@ TEST_F(ArchiveCommandsTest, PlainAndSelfExtractingFilesReadAlike) {
         const auto json = nlohmann::json::parse(info.out);
         EXPECT_EQ(json["selfExtracting"], offset != 0);
         EXPECT_EQ(json["imageOffset"], offset);
-        EXPECT_EQ(json["imageSize"], image_.size());
         EXPECT_EQ(json["categoriesIntact"], true);
-        EXPECT_NE(json["keyBlock"].get<std::string>().find("password slot"), std::string::npos);
-        ASSERT_EQ(json["categories"].size(), 1u);
-        const auto& category = json["categories"][0];
-        EXPECT_NE(category["id"].get<std::string>().find("04030201"), std::string::npos);
-        for (const char* field : {"kind", "kindName", "priority", "hasPriority", "unified"}) {
-            EXPECT_TRUE(category.contains(field)) << field;  // the text output shows them too
-        }
+        EXPECT_EQ(json["categories"].size(), 1u);
     }
     // Quiet means no output at all.
     const Outcome quiet = Dcf("extract archive.dcf -q --overwrite replace -C q" + WithPassword());
@@ -104,20 +97,15 @@ TEST_F(ArchiveCommandsTest, ListAndTestReadEveryEntryAndWriteNothing) {
     const Outcome listed = Dcf("list --json archive.dcf" + WithPassword());
     ASSERT_EQ(listed.code, 0) << listed.err;
     const auto json = nlohmann::json::parse(listed.out);
-    EXPECT_EQ(json["formatVersion"], 3);
-    EXPECT_EQ(json["suite"], 1);
     EXPECT_EQ(json["suiteName"], "AES with a 256-bit key");
     EXPECT_EQ(json["folders"], nlohmann::json::array({"d"}));
     ASSERT_EQ(json["files"].size(), 2u);
     EXPECT_EQ(json["files"][0]["name"], "d/a");
-    EXPECT_EQ(json["files"][0]["size"], 5000);
     // The entry's header, tag block and three chunks, as the image holds them.
     EXPECT_EQ(json["files"][0]["packedSize"], at_[10] - at_[5]);
     EXPECT_EQ(json["files"][0]["categories"].size(), 1u);
-    EXPECT_TRUE(json["files"][1]["categories"].empty());
 
     const Outcome plain = Dcf("list archive.dcf" + WithPassword());
-    ASSERT_EQ(plain.code, 0);
     EXPECT_NE(plain.out.find(" 5000 d/a  [1 category]\n"), std::string::npos) << plain.out;
     EXPECT_NE(plain.out.find("   20 d/b\n"), std::string::npos) << plain.out;
     const Outcome longForm = Dcf("list -l archive.dcf" + WithPassword());
@@ -139,9 +127,8 @@ TEST_F(ArchiveCommandsTest, ListAndTestReadEveryEntryAndWriteNothing) {
     Bytes damaged = image_;
     damaged[at_[8] + 16 + 40] ^= 0x20;  // inside a's second chunk
     WriteAll(Path("damaged.dcf"), damaged);
-    const Outcome failed = Dcf("test damaged.dcf" + WithPassword());
-    EXPECT_EQ(failed.code, kDamaged);
-    ExpectOneLine(failed, "test", "damaged.dcf (in entry d/a)");
+    ExpectFailure(Dcf("test damaged.dcf" + WithPassword()), kDamaged, "test",
+                  "damaged.dcf (in entry d/a)");
 }
 
 // A name may hold terminal controls: the lines of list show them escaped, as bsdtar does; JSON
@@ -187,9 +174,8 @@ TEST_F(ArchiveCommandsTest, MembersSelectEntriesByNameOrPattern) {
     EXPECT_TRUE(fs::is_empty(Path("none")));
 
     for (const std::string command : {"list", "test", "extract"}) {
-        const Outcome unmatched = Dcf(command + " archive.dcf d/zz" + WithPassword());
-        EXPECT_EQ(unmatched.code, 1) << command;
-        ExpectOneLine(unmatched, command, "nothing in the archive matches \"d/zz\"");
+        ExpectFailure(Dcf(command + " archive.dcf d/zz" + WithPassword()), 1, command,
+                      "nothing in the archive matches \"d/zz\"");
     }
 }
 
@@ -205,30 +191,23 @@ TEST_F(ArchiveCommandsTest, PasswordSources) {
 
     EXPECT_EQ(Dcf("test -q archive.dcf --password-stdin", "secret\nignored\n").code, 0);
     EXPECT_EQ(Dcf("test -q archive.dcf --password-stdin", "secret").code, 0);
-    const Outcome wrong = Dcf("test -q archive.dcf --password-stdin", "Secret\n");
-    EXPECT_EQ(wrong.code, kBadKey);
-    ExpectOneLine(wrong, "test", "archive.dcf");
+    ExpectFailure(Dcf("test -q archive.dcf --password-stdin", "Secret\n"), kBadKey, "test",
+                  "archive.dcf");
 
     // An empty password opens nothing of ours: it is refused, whatever it came from.
     WriteAll(PasswordFile(), std::string("\n"));
     for (const auto& [arguments, input] :
          {std::pair<std::string, std::string>{WithPassword(), ""}, {" --password-stdin", ""}}) {
-        const Outcome empty = Dcf("test archive.dcf" + arguments, input);
-        EXPECT_EQ(empty.code, kUsage) << arguments;
-        ExpectOneLine(empty, "test", "the password is empty");
+        ExpectFailure(Dcf("test archive.dcf" + arguments, input), kUsage, "test",
+                      "the password is empty");
     }
 
-    const Outcome missing = Dcf("test archive.dcf --password-file nowhere");
-    EXPECT_EQ(missing.code, kIo);
-    ExpectOneLine(missing, "test", "nowhere: No such file or directory");
-    const Outcome folder = Dcf("test archive.dcf --password-file .");
-    EXPECT_EQ(folder.code, kIo);
-    ExpectOneLine(folder, "test", ".: Is a directory");
+    ExpectFailure(Dcf("test archive.dcf --password-file nowhere"), kIo, "test",
+                  "nowhere: No such file or directory");
+    ExpectFailure(Dcf("test archive.dcf --password-file ."), kIo, "test", ".: Is a directory");
 
     // No key option and no terminal to ask on: a usage error, and no target folder is made.
-    const Outcome none = Dcf("extract archive.dcf -C none");
-    EXPECT_EQ(none.code, kUsage);
-    ExpectOneLine(none, "extract", "--password-file");
+    ExpectFailure(Dcf("extract archive.dcf -C none"), kUsage, "extract", "--password-file");
     EXPECT_FALSE(fs::exists(Path("none")));
 
     // Two key options at once are refused by the command line.
@@ -236,43 +215,38 @@ TEST_F(ArchiveCommandsTest, PasswordSources) {
 }
 
 TEST_F(ArchiveCommandsTest, ExitCodesAndMessagesByClassOfFailure) {
-    const Outcome absent = Dcf("extract nothing.dcf -C out" + WithPassword());
-    EXPECT_EQ(absent.code, kIo);
-    ExpectOneLine(absent, "extract", "nothing.dcf: No such file or directory");
-
     Bytes badHeader = image_;
     badHeader[at_[2] + 3] ^= 1;
     WriteAll(Path("bad.dcf"), badHeader);
-    const Outcome damaged = Dcf("extract bad.dcf -C out" + WithPassword());
-    EXPECT_EQ(damaged.code, kDamaged);
-    ExpectOneLine(damaged, "extract", "bad.dcf (in the folder header)");
-    EXPECT_FALSE(fs::exists(Path("out")));  // the folder it made for nothing is gone
-
-    // A name that would leave the target is named as such, before anything is written.
     WriteAll(Path("escape.dcf"),
              tests::BuildImage(tests::ImageSettings{}, {},
                                {{u"\\ok", Bytes(3, 'o'), {}}, {u"\\..\\evil", Bytes(4, 'e'), {}}}));
-    const Outcome escape = Dcf("extract escape.dcf -C out/deep" + WithPassword());
-    EXPECT_EQ(escape.code, kDamaged);
-    ExpectOneLine(escape, "extract", "would leave the target folder, \"../evil\"");
-    EXPECT_FALSE(fs::exists(Path("out")));
-
     WriteAll(Path("plain.txt"), std::string(4000, 't'));
-    const Outcome foreign = Dcf("info plain.txt");
-    EXPECT_EQ(foreign.code, kDamaged);
-    ExpectOneLine(foreign, "info", "plain.txt: not a DCF archive");
     Bytes longPreamble = image_;
     longPreamble[16] = 0x7F;  // a preamble length far beyond the file
     WriteAll(Path("long.dcf"), longPreamble);
-    const Outcome cut = Dcf("info long.dcf");
-    EXPECT_EQ(cut.code, kDamaged);
-    ExpectOneLine(cut, "info", "long.dcf: damaged: the category preamble runs past the end");
-
-    // The target folder can't be made: a file stands in its way.
     WriteAll(Path("blocker"), std::string("x"));
-    const Outcome blocked = Dcf("extract archive.dcf -C blocker/sub" + WithPassword());
-    EXPECT_EQ(blocked.code, kIo);
-    ExpectOneLine(blocked, "extract", "blocker/sub");
+    struct Row {
+        std::string arguments;
+        int code;
+        std::string command, needle;
+    };
+    const std::string password = WithPassword();
+    for (const Row& row :
+         {Row{"extract nothing.dcf -C out" + password, kIo, "extract",
+              "nothing.dcf: No such file or directory"},
+          Row{"extract bad.dcf -C out" + password, kDamaged, "extract",
+              "bad.dcf (in the folder header)"},
+          // Named before anything is written.
+          Row{"extract escape.dcf -C out/deep" + password, kDamaged, "extract",
+              "would leave the target folder, \"../evil\""},
+          Row{"info plain.txt", kDamaged, "info", "plain.txt: not a DCF archive"},
+          Row{"info long.dcf", kDamaged, "info",
+              "long.dcf: damaged: the category preamble runs past the end"},
+          Row{"extract archive.dcf -C blocker/sub" + password, kIo, "extract", "blocker/sub"}}) {
+        ExpectFailure(Dcf(row.arguments), row.code, row.command, row.needle);
+        EXPECT_FALSE(fs::exists(Path("out")));  // a folder made for nothing is gone again
+    }
 }
 
 TEST_F(ArchiveCommandsTest, CommandLineMistakesAreAnsweredInOneLine) {
@@ -284,9 +258,7 @@ TEST_F(ArchiveCommandsTest, CommandLineMistakesAreAnsweredInOneLine) {
           {"", "A subcommand is required"},
           {"extract", "ARCHIVE is required; see 'dcf extract --help'"},
           {"extract archive.dcf --overwrite sometimes", "sometimes not in"}}) {
-        const Outcome outcome = Dcf(arguments);
-        EXPECT_EQ(outcome.code, kUsage) << arguments;
-        ExpectOneLine(outcome, "", needle);
+        ExpectFailure(Dcf(arguments), kUsage, "", needle);
     }
     const Outcome help = Dcf("help create");
     EXPECT_EQ(help.code, 0);
@@ -297,29 +269,15 @@ TEST_F(ArchiveCommandsTest, CommandLineMistakesAreAnsweredInOneLine) {
     EXPECT_NE(Dcf("help").out.find("Exit codes"), std::string::npos);
 }
 
-TEST_F(ArchiveCommandsTest, OverwriteModes) {
-    const auto prepare = [this] {
-        fs::remove_all(Path("out"));
-        fs::create_directories(Path("out") / "d");
-        WriteAll(Path("out") / "d" / "a", std::string("old"));
-    };
-    prepare();
-    ASSERT_EQ(Dcf("extract archive.dcf -C out --overwrite replace" + WithPassword()).code, 0);
-    ExpectExtracted(Path("out"));
-
-    prepare();
-    ASSERT_EQ(Dcf("extract archive.dcf -C out --overwrite skip" + WithPassword()).code, 0);
-    EXPECT_EQ(ReadAll(Path("out") / "d" / "a"), "old");
-    EXPECT_EQ(ReadAll(Path("out") / "d" / "b"), std::string(20, 'b'));
-
+// Replacing and skipping are the reader's; without a terminal "ask" can't ask and stops like
+// "cancel", before anything is written.
+TEST_F(ArchiveCommandsTest, OverwriteModesThatStop) {
     for (const std::string mode : {"cancel", "ask"}) {
         SCOPED_TRACE(mode);
-        prepare();
-        const Outcome stopped =
-            Dcf("extract archive.dcf -C out --overwrite " + mode + WithPassword());
-        EXPECT_EQ(stopped.code, kCancelled);
-        // Without a terminal "ask" can't ask: it stops like "cancel".
-        ExpectOneLine(stopped, "extract", "stopped at d/a, which exists in out");
+        fs::remove_all(Path("out"));
+        WriteAll(Path("out") / "d" / "a", std::string("old"));
+        ExpectFailure(Dcf("extract archive.dcf -C out --overwrite " + mode + WithPassword()),
+                      kCancelled, "extract", "stopped at d/a, which exists in out");
         EXPECT_EQ(ReadAll(Path("out") / "d" / "a"), "old");
         EXPECT_FALSE(fs::exists(Path("out") / "d" / "b"));
     }
@@ -333,10 +291,8 @@ TEST_F(ArchiveCommandsTest, ArchiveIsNeverReplacedByWhatItHolds) {
         tests::ImageSettings{}, {}, {{u"\\next", Bytes(9, 'n'), {}}, {u"\\self.dcf", large, {}}});
     WriteAll(Path("self.dcf"), image);
     fs::create_directory(Path("sub"));
-    const Outcome refused =
-        Dcf("extract sub/../self.dcf -C . --overwrite replace" + WithPassword());
-    EXPECT_EQ(refused.code, kIo);
-    ExpectOneLine(refused, "extract", "./self.dcf: that is the archive being read");
+    ExpectFailure(Dcf("extract sub/../self.dcf -C . --overwrite replace" + WithPassword()), kIo,
+                  "extract", "./self.dcf: that is the archive being read");
     EXPECT_EQ(ReadAll(Path("self.dcf")), std::string(image.begin(), image.end()));
 
     const Outcome skipped = Dcf("extract self.dcf -C . --overwrite skip" + WithPassword());
@@ -369,10 +325,8 @@ TEST_F(ArchiveCommandsTest, TargetsThatCannotBeMadeEndWithTheIoCode) {
             fs::create_directory(Path("out") / "d");
             fs::create_symlink(PasswordFile(), Path("out") / "d" / "a");
         }
-        const Outcome blocked =
-            Dcf("extract archive.dcf -C out --overwrite replace" + WithPassword());
-        EXPECT_EQ(blocked.code, kIo);
-        ExpectOneLine(blocked, "extract", row.needle);
+        ExpectFailure(Dcf("extract archive.dcf -C out --overwrite replace" + WithPassword()), kIo,
+                      "extract", row.needle);
     }
     EXPECT_EQ(ReadAll(PasswordFile()), "secret\n");
     EXPECT_FALSE(fs::exists(Path("elsewhere")));
@@ -408,35 +362,15 @@ TEST_F(ArchiveCommandsTest, SignalsLeaveNoHalfWrittenFile) {
     }
 }
 
-// A private key made by dcf keygen once for the suite: it takes a while.
-class ArchiveKeyCommandTest : public ArchiveCommandsTest {
-protected:
-    static void SetUpTestSuite() {
-        keys_ = new tests::TestFolder;
-        const std::string command = "\"" DCF_TOOL_PATH "\" keygen --name r --out " +
-                                    Quoted(keys_->Native() / "r") + " >/dev/null 2>&1";
-        ASSERT_EQ(std::system(command.c_str()), 0);
-        modulus_ = new std::array<std::uint32_t, Zelmarik::kRsaNumberWords>{};
-        const std::string text = ReadAll(keys_->Native() / "r.pubkey");
-        Zelmarik::DCRSA::NumberFromHex(modulus_->data(), modulus_->size(), text, text.size());
-    }
-    static void TearDownTestSuite() {
-        delete keys_;
-        delete modulus_;
-    }
-    static tests::TestFolder* keys_;
-    static std::array<std::uint32_t, Zelmarik::kRsaNumberWords>* modulus_;
-};
-
-tests::TestFolder* ArchiveKeyCommandTest::keys_ = nullptr;
-std::array<std::uint32_t, Zelmarik::kRsaNumberWords>* ArchiveKeyCommandTest::modulus_ = nullptr;
-
-TEST_F(ArchiveKeyCommandTest, PrivateKeyOpensTheRsaSlot) {
+TEST_F(ArchiveCommandsTest, PrivateKeyOpensTheRsaSlot) {
+    ASSERT_EQ(Zelmarik::WriteKeyPairFiles(tests::Recipient().pair, folder_.Path(u"r.privkey"),
+                                          folder_.Path(u"r.pubkey"), false),
+              0u);
     tests::ImageSettings settings;
-    settings.modulus = modulus_->data();
+    settings.modulus = tests::Recipient().modulus.data();
     settings.password = u"unknown to the recipient";
     WriteAll(Path("sealed.dcf"), tests::BuildImage(settings, {}, {{u"\\k", content_, {}}}));
-    const std::string key = " --key " + Quoted(keys_->Native() / "r.privkey");
+    const std::string key = " --key r.privkey";
     const Outcome opened = Dcf("extract sealed.dcf -C out" + key);
     ASSERT_EQ(opened.code, 0) << opened.err;
     EXPECT_EQ(ReadAll(Path("out") / "k"), std::string(content_.begin(), content_.end()));
@@ -444,22 +378,16 @@ TEST_F(ArchiveKeyCommandTest, PrivateKeyOpensTheRsaSlot) {
               std::string::npos);
 
     // The archive of this fixture was sealed for nobody: the key opens nothing.
-    const Outcome refused = Dcf("list archive.dcf" + key);
-    EXPECT_EQ(refused.code, kBadKey);
-    ExpectOneLine(refused, "list", "archive.dcf");
+    ExpectFailure(Dcf("list archive.dcf" + key), kBadKey, "list", "archive.dcf");
 
     WriteAll(Path("junk.privkey"), std::string(300, 'j'));
-    fs::copy_file(keys_->Native() / "r.pubkey", Path("r.pubkey"));
     for (const auto& [file, needle] :
          {std::pair<std::string, std::string>{"junk.privkey", "not a private key file"},
           {"r.pubkey", "this is a public key; give the .privkey"}}) {
-        const Outcome wrong = Dcf("list sealed.dcf --key " + file);
-        EXPECT_EQ(wrong.code, kBadKey);
-        ExpectOneLine(wrong, "list", needle);
+        ExpectFailure(Dcf("list sealed.dcf --key " + file), kBadKey, "list", needle);
     }
-    const Outcome missing = Dcf("list sealed.dcf --key nowhere.privkey");
-    EXPECT_EQ(missing.code, kIo);
-    ExpectOneLine(missing, "list", "nowhere.privkey: No such file or directory");
+    ExpectFailure(Dcf("list sealed.dcf --key nowhere.privkey"), kIo, "list",
+                  "nowhere.privkey: No such file or directory");
 }
 
 TEST_F(ArchiveCommandsTest, PasswordIsAskedOnTheTerminalEvenWithOutputRedirected) {

@@ -95,9 +95,8 @@ TEST_F(CreateCommandTest, PathsFromSeveralFoldersKeepTheirLastNames) {
     ASSERT_EQ(Dcf("create one.dcf data/notes/n.txt --password-file password -q").code, 0);
     EXPECT_EQ(Names("one.dcf"), std::vector<std::string>{"n.txt"});
     WriteAll(Path("other/n.txt"), "another n");
-    const Outcome twice = Dcf("create two data/notes/n.txt other/n.txt --password-file password");
-    EXPECT_EQ(twice.code, kUsage);
-    ExpectOneLine(twice, "create", "would both be stored as n.txt");
+    ExpectFailure(Dcf("create two data/notes/n.txt other/n.txt --password-file password"), kUsage,
+                  "create", "would both be stored as n.txt");
 }
 
 TEST_F(CreateCommandTest, WhatCannotBeStoredIsLeftOutWithANote) {
@@ -172,9 +171,8 @@ TEST_F(CreateCommandTest, ArgumentsThatCannotMakeAnArchiveAreRefusedInOneLine) {
              {"create missing/a data/reports --password-file password", "", kIo,
               "missing/a: can't write in its folder: No such file or directory"}}) {
         SCOPED_TRACE(refused.arguments);
-        const Outcome outcome = Dcf(refused.arguments, refused.input);
-        EXPECT_EQ(outcome.code, refused.code);
-        ExpectOneLine(outcome, refused.command, refused.needle);
+        ExpectFailure(Dcf(refused.arguments, refused.input), refused.code, refused.command,
+                      refused.needle);
     }
     fs::permissions(Path("locked"), fs::perms::owner_all);
     EXPECT_TRUE(Archives().empty());
@@ -198,9 +196,8 @@ TEST_F(CreateCommandTest, ExistingArchiveIsHandledAsTheOptionSays) {
     const std::string old = ReadAll(Path("a.dcf"));
 
     // Without a terminal "ask" can't ask: it stops like "cancel".
-    const Outcome asked = Dcf("create a data/reports --password-file password");
-    EXPECT_EQ(asked.code, kCancelled);
-    ExpectOneLine(asked, "create", "--overwrite");
+    ExpectFailure(Dcf("create a data/reports --password-file password"), kCancelled, "create",
+                  "--overwrite");
     EXPECT_EQ(Dcf("create a data/reports --password-file password --overwrite cancel").code,
               kCancelled);
     const Outcome skipped = Dcf("create a data/reports --password-file password --overwrite skip");
@@ -330,10 +327,8 @@ TEST_F(CreateCommandTest, ManifestGivesCategoriesToFilesAndThePreamble) {
           {R"({"reports/b.bin": )", "parse"}}) {
         SCOPED_TRACE(manifest);
         WriteAll(Path("bad.json"), manifest);
-        const Outcome bad =
-            Dcf("create bad data/reports --password-file password --categories bad.json");
-        EXPECT_EQ(bad.code, kUsage);
-        ExpectOneLine(bad, "create", needle);
+        ExpectFailure(Dcf("create bad data/reports --password-file password --categories bad.json"),
+                      kUsage, "create", needle);
     }
     EXPECT_EQ(Archives(), std::vector<std::string>{"c.dcf"});
 }

@@ -83,7 +83,9 @@ bool WaitForTemporaryFile(const fs::path& folder, std::uintmax_t bytes) {
     return false;
 }
 
-void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle) {
+void ExpectFailure(const Outcome& outcome, int code, const std::string& command,
+                   const std::string& needle) {
+    EXPECT_EQ(outcome.code, code) << outcome.err;
     const std::string prefix = command.empty() ? "dcf: " : "dcf " + command + ": ";
     EXPECT_EQ(outcome.err.rfind(prefix, 0), 0u) << outcome.err;
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;

@@ -46,9 +46,10 @@ Outcome FinishDcf(const fs::path& folder, int process);
 // under `folder`; false when none came within ten seconds.
 bool WaitForTemporaryFile(const fs::path& folder, std::uintmax_t bytes);
 
-// A failure is told in one line that begins with "dcf COMMAND: " ("dcf: " for none) and holds
-// `needle`.
-void ExpectOneLine(const Outcome& outcome, const std::string& command, const std::string& needle);
+// A failure that ends with `code` and is told in one line that begins with "dcf COMMAND: "
+// ("dcf: " for none) and holds `needle`.
+void ExpectFailure(const Outcome& outcome, int code, const std::string& command,
+                   const std::string& needle);
 
 // A prompt to wait for, the line typed once it shows, and how long to wait before typing it.
 struct Exchange {

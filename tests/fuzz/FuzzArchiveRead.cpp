@@ -15,7 +15,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <span>
 #include <string>
 #include <vector>
@@ -106,24 +105,18 @@ private:
     fs::path target_;
 };
 
-void WriteFile(const fs::path& path, std::span<const std::uint8_t> bytes) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-}
-
 // Files under the names of the valid image, so that the overwrite decisions come into play.
 void PlaceExistingFiles(const fs::path& target) {
     fs::create_directories(target / "docs");
     const Bytes old(10, 'x');
-    WriteFile(target / "docs" / "a.txt", old);
-    WriteFile(target / "b.bin", old);
+    tests::WriteBytes(target / "docs" / "a.txt", old);
+    tests::WriteBytes(target / "b.bin", old);
 }
 
 FormatResult Extract(const Sandbox& sandbox, std::span<const std::uint8_t> file,
                      bool selfExtracting, OverwriteMode mode) {
     const fs::path archive = sandbox.Archive(selfExtracting);
-    WriteFile(archive, file);
+    tests::WriteBytes(archive, file);
     ArchiveExtractRequest request;
     request.sourcePath = archive.u16string();
     request.targetPath = sandbox.Target().u16string();

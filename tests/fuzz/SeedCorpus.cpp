@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "Common/DataCategory/CategoryContainer.h"
 #include "crypto/SecurityKey.h"
+#include "tests/TestFolder.h"
 #include "tests/fuzz/HostileImage.h"
 
 namespace {
@@ -19,10 +19,7 @@ namespace fs = std::filesystem;
 using tests::Bytes;
 
 void Write(const fs::path& path, std::span<const std::uint8_t> bytes) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
+    tests::WriteBytes(path, bytes);
 }
 
 void Write(const fs::path& path, const std::string& text) {

@@ -1,3 +1,5 @@
+// The record rules the known-answer archives do not pin: the layouts themselves are matched byte
+// for byte there.
 #include "archive/detail/DcfRecords.h"
 
 #include <gtest/gtest.h>
@@ -21,68 +23,6 @@ Bytes Slice(std::span<const std::uint8_t> bytes, std::size_t offset, std::size_t
 
 bool AllZero(std::span<const std::uint8_t> bytes) {
     return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t b) { return b == 0; });
-}
-
-TEST(DcfRecords, PreambleLayoutAndCategoryBytes) {
-    const Bytes block = Sequence(100, 1);
-    const Bytes preamble = dcf::EncodePreamble(block);
-    ASSERT_EQ(preamble.size(), 140u);
-    EXPECT_EQ(Slice(preamble, 0, 16), Bytes(dcf::kSignature.begin(), dcf::kSignature.end()));
-    EXPECT_EQ(Slice(preamble, 16, 4), (Bytes{0, 0, 0, 120}));  // L = S + 20, big-endian
-    EXPECT_EQ(Slice(preamble, 20, 8),
-              Bytes(dcf::kPreambleStartMarker.begin(), dcf::kPreambleStartMarker.end()));
-    EXPECT_EQ(Slice(preamble, 28, 4), (Bytes{0, 0, 0, 100}));
-    EXPECT_EQ(Slice(preamble, 32, 100), block);
-    EXPECT_EQ(Slice(preamble, 132, 8),
-              Bytes(dcf::kPreambleEndMarker.begin(), dcf::kPreambleEndMarker.end()));
-
-    // A reader goes by L: the category bytes start 12 bytes into the L bytes.
-    EXPECT_TRUE(dcf::HasSignature(preamble));
-    const std::uint32_t length = dcf::DecodePreambleLength(
-        std::span<const std::uint8_t, 4>(preamble.data() + dcf::kSignatureSize, 4));
-    ASSERT_EQ(length, 120u);
-    const auto after = std::span<const std::uint8_t>(preamble).subspan(dcf::kPreambleHeadSize);
-    ASSERT_EQ(after.size(), length);
-    const auto categories = dcf::PreambleCategoryBytes(after);
-    ASSERT_TRUE(categories.has_value());
-    EXPECT_EQ(Slice(*categories, 0, 100), block);
-
-    Bytes damaged(after.begin(), after.end());
-    damaged[3] ^= 1;
-    EXPECT_FALSE(dcf::PreambleCategoryBytes(damaged).has_value());
-    EXPECT_FALSE(dcf::PreambleCategoryBytes(Slice(after, 0, 11)).has_value());
-    Bytes wrongSignature = preamble;
-    wrongSignature[15] ^= 0x80;
-    EXPECT_FALSE(dcf::HasSignature(wrongSignature));
-    EXPECT_FALSE(dcf::HasSignature(Slice(preamble, 0, 15)));
-}
-
-TEST(DcfRecords, KeyBlockFieldsAreBigEndianAtTheirOffsets) {
-    dcf::KeyBlock block{};
-    std::fill(block.begin(), block.end(), 0xEE);
-    dcf::KeyBlockFields fields;
-    fields.crc = 0x11223344;
-    fields.created = 0x0102030405060708;
-    fields.suiteId = 7;
-    dcf::StoreKeyBlockFields(block, fields);
-
-    EXPECT_EQ(Slice(block, 0, 64), Bytes(64, 0xEE));  // the salt is not touched
-    EXPECT_EQ(Slice(block, 64, 28),
-              (Bytes{'F', 'I', 'L', 'E', 0, 3, 0, 2, 0x11, 0x22, 0x33, 0x44, 1, 2,
-                     3,   4,   5,   6,   7, 8, 0, 0, 0,    1,    0,    0,    0, 7}));
-    EXPECT_TRUE(AllZero(Slice(block, 92, 164)));
-    EXPECT_EQ(Slice(block, 256, 768), Bytes(768, 0xEE));  // master key area and RSA slot
-
-    EXPECT_TRUE(dcf::HasFileMagic(block));
-    const dcf::KeyBlockFields loaded = dcf::LoadKeyBlockFields(block);
-    EXPECT_EQ(loaded.version, 3);
-    EXPECT_EQ(loaded.crc, fields.crc);
-    EXPECT_EQ(loaded.created, fields.created);
-    EXPECT_EQ(loaded.prfId, 1u);
-    EXPECT_EQ(loaded.suiteId, 7u);
-    block[66] = 'X';
-    EXPECT_FALSE(dcf::HasFileMagic(block));
-    EXPECT_FALSE(dcf::HasFileMagic(Slice(block, 0, 67)));
 }
 
 TEST(DcfRecords, RsaMessageMovesTheMasterKeyAreaByVersion) {
@@ -123,31 +63,6 @@ TEST(DcfRecords, PasswordBytesAreLowBytesUpToSixtyFour) {
     ASSERT_TRUE(cut.has_value());
     EXPECT_EQ(cut->size(), 2u);
     EXPECT_TRUE(dcf::PasswordBytes(u"")->empty());
-}
-
-TEST(DcfRecords, FolderHeaderLayout) {
-    std::array<std::uint8_t, dcf::kFolderHeaderSize> record{};
-    dcf::EncodeFolderHeader({3, 2, 1, 5000, 96}, record);
-    const Bytes expected = {3,   'F', 'O', 'L', 'D', 'E', 'R', 'C', 'R', 'Y', 'P', 'T', 0, 0, 0, 0,
-                            0,   0,   0,   0,   2,   0,   0,   0,   1,   0,   0,   0,   0, 0, 0, 0,
-                            136, 19,  0,   0,   0,   0,   0,   0,   96,  0,   0,   0,   0, 0, 0, 0};
-    EXPECT_EQ(Slice(record, 0, 48), expected);
-    EXPECT_TRUE(AllZero(Slice(record, 48, 1024 - 48)));
-
-    const auto header = dcf::DecodeFolderHeader(record);
-    ASSERT_TRUE(header.has_value());
-    EXPECT_EQ(header->formatVersion, 3);
-    EXPECT_EQ(header->fileCount, 2u);
-    EXPECT_EQ(header->folderCount, 1u);
-    EXPECT_EQ(header->totalSize, 5000u);
-    EXPECT_EQ(header->nameBlockLength, 96u);
-
-    auto unterminated = record;
-    unterminated[12] = 'X';  // "FOLDERCRYPTX" is another text
-    EXPECT_FALSE(dcf::DecodeFolderHeader(unterminated).has_value());
-    auto misspelt = record;
-    misspelt[1] = 'f';
-    EXPECT_FALSE(dcf::DecodeFolderHeader(misspelt).has_value());
 }
 
 TEST(DcfRecords, FormatVersionsDecideTheRecords) {
@@ -209,22 +124,7 @@ TEST(DcfRecords, NameBlockRaiseRuleAndParsing) {
     EXPECT_FALSE(dcf::ParseNameBlock(Slice(block, 0, 7), 1, 0).has_value());
 }
 
-TEST(DcfRecords, FileHeaderLayoutAndTagBlockRaise) {
-    std::array<std::uint8_t, dcf::kFileHeaderSize> record{};
-    dcf::EncodeFileHeader({5000, 1, 112}, record);
-    const Bytes expected = {136, 19,  0,   0, 0,   0, 0, 0, 'F', 'I', 'L', 'E', 'C', 'R',
-                            'Y', 'P', 'T', 0, 0,   0, 0, 0, 0,   0,   1,   0,   0,   0,
-                            0,   0,   0,   0, 112, 0, 0, 0, 0,   0,   0,   0};
-    EXPECT_EQ(Slice(record, 0, 40), expected);
-    EXPECT_TRUE(AllZero(Slice(record, 40, 1024 - 40)));
-    const auto header = dcf::DecodeFileHeader(record);
-    ASSERT_TRUE(header.has_value());
-    EXPECT_EQ(header->size, 5000u);
-    EXPECT_EQ(header->tagFlag, 1);
-    EXPECT_EQ(header->tagBlockLength, 112u);
-    record[17] = '!';
-    EXPECT_FALSE(dcf::DecodeFileHeader(record).has_value());
-
+TEST(DcfRecords, TagBlockIsRaisedToWholeBlocks) {
     EXPECT_EQ(dcf::RaisedTagBlockLength(100), 112u);
     EXPECT_EQ(dcf::RaisedTagBlockLength(112), 112u);
     EXPECT_EQ(dcf::RaisedTagBlockLength(8), 16u);

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "archive/detail/ResultCodes.h"
@@ -21,6 +22,10 @@ using FileOpeningCallback = void (*)(std::u16string* path, void* context);
 using FileWritingCallback = void (*)(const std::u16string* path, bool skipped, void* context);
 // The slots that this system neither sets nor calls.
 using UnusedCallback = void (*)();
+
+// The whole percent that `processed` is of `total`, at most 100, as progress reports it;
+// nothing when the total is 0.
+std::optional<std::uint32_t> ProgressPercent(std::uint64_t processed, std::uint64_t total);
 
 // Ids under which each callback finds its context.
 enum CallbackId : std::uint32_t {

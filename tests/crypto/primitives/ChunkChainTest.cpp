@@ -153,6 +153,32 @@ TEST_P(ChunkChainOnBothPaths, DecryptsManyBlocksPerCallAsOneAtATime) {
     }
 }
 
+// The reader decrypts a chunk's length block in order and leaves its data blocks to another
+// thread: a chain that skips the data must go on as one that decrypted it, and a copy taken
+// before the skip must decrypt the data.
+TEST(ChunkChain, SkippingBlocksLeavesThemToACopyTakenBefore) {
+    std::mt19937 random(8);
+    for (const std::uint32_t suite : {1u, 5u}) {
+        const Stream stream(suite, random);
+        const std::size_t blockSize = SuiteBlockSize(suite);
+        const Bytes plain = RandomBytes(random, 9 * blockSize);
+        Bytes encrypted = plain;
+        stream.Chain().EncryptBlocks(encrypted);
+
+        Bytes data = encrypted;
+        const auto head = std::span(data).first(blockSize);
+        const auto middle = std::span(data).subspan(blockSize, 5 * blockSize);
+        const auto tail = std::span(data).subspan(6 * blockSize);
+        auto chain = stream.Chain();
+        chain.DecryptBlocks(head);
+        auto copy = chain;
+        chain.SkipBlocks(middle);
+        chain.DecryptBlocks(tail);
+        copy.DecryptBlocks(middle);
+        EXPECT_EQ(data, plain) << "suite " << suite;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(BothPaths, ChunkChainOnBothPaths,
                          testing::Values(test::AesPath::Tables, test::AesPath::AesNi),
                          test::AesPathLabel);

@@ -27,6 +27,9 @@ using UnusedCallback = void (*)();
 // nothing when the total is 0.
 std::optional<std::uint32_t> ProgressPercent(std::uint64_t processed, std::uint64_t total);
 
+// The most threads a data stream is deflated or inflated on.
+inline constexpr unsigned kMaxCodecWorkers = 8;
+
 // Ids under which each callback finds its context.
 enum CallbackId : std::uint32_t {
     CALLBACK_PROGRESS = 0,
@@ -50,6 +53,9 @@ public:
     void* Context(std::uint32_t id) const;
 
     OverwriteMode overwriteMode = OVERWRITE_REPLACE;
+    // Threads that deflate or inflate the pieces of data streams, the calling thread included,
+    // at most kMaxCodecWorkers; 0 leaves it to the processor count.
+    unsigned codecWorkers = 0;
     const std::atomic<std::uint8_t>* cancelFlag = nullptr;
     std::map<std::uint32_t, void*> callbackContexts;
 

@@ -44,7 +44,7 @@ public:
     // `workers` threads inflate, the caller's included (0 counts as 1).
     DataStreamReader(BufferedReader& source, const KeyContext& keys,
                      const DCCArchiveUserSettings& settings, std::uint64_t total,
-                     unsigned workers = DefaultCodecWorkers());
+                     unsigned workers = CodecWorkers(0));
     ~DataStreamReader();
     DataStreamReader(const DataStreamReader&) = delete;
     DataStreamReader& operator=(const DataStreamReader&) = delete;

@@ -39,6 +39,9 @@ public:
     // Whole blocks of `blocks` in place, in order; a tail shorter than a block stays.
     void EncryptBlocks(std::span<std::uint8_t> blocks);
     void DecryptBlocks(std::span<std::uint8_t> blocks);
+    // Moves the chain past whole encrypted blocks without decrypting them, so that a copy of
+    // the chain taken before can decrypt them elsewhere, on another thread.
+    void SkipBlocks(std::span<const std::uint8_t> blocks);
 
 private:
     ChunkChain() = default;

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "archive/detail/ResultCodes.h"
@@ -21,6 +22,13 @@ using FileOpeningCallback = void (*)(std::u16string* path, void* context);
 using FileWritingCallback = void (*)(const std::u16string* path, bool skipped, void* context);
 // The slots that this system neither sets nor calls.
 using UnusedCallback = void (*)();
+
+// The whole percent that `processed` is of `total`, at most 100, as progress reports it;
+// nothing when the total is 0.
+std::optional<std::uint32_t> ProgressPercent(std::uint64_t processed, std::uint64_t total);
+
+// The most threads a data stream is deflated or inflated on.
+inline constexpr unsigned kMaxCodecWorkers = 8;
 
 // Ids under which each callback finds its context.
 enum CallbackId : std::uint32_t {
@@ -45,6 +53,9 @@ public:
     void* Context(std::uint32_t id) const;
 
     OverwriteMode overwriteMode = OVERWRITE_REPLACE;
+    // Threads that deflate or inflate the pieces of data streams, the calling thread included,
+    // at most kMaxCodecWorkers; 0 leaves it to the processor count.
+    unsigned codecWorkers = 0;
     const std::atomic<std::uint8_t>* cancelFlag = nullptr;
     std::map<std::uint32_t, void*> callbackContexts;
 

@@ -24,7 +24,10 @@ void SpinUntil(Condition condition) {
 
 }  // namespace
 
-unsigned DefaultCodecWorkers() {
+unsigned CodecWorkers(unsigned asked) {
+    if (asked != 0) {
+        return std::min(asked, kMaxCodecWorkers);
+    }
     return std::clamp(std::thread::hardware_concurrency(), 1u, kMaxDefaultWorkers);
 }
 

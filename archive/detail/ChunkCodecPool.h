@@ -14,10 +14,12 @@
 #include <thread>
 #include <vector>
 
+#include "archive/detail/ArchiveUserSettings.h"
 #include "archive/detail/ChunkCodec.h"
 
-// Workers for a data stream: the processor count, at least 1 and at most 4.
-unsigned DefaultCodecWorkers();
+// Workers for a data stream: `asked`, at most kMaxCodecWorkers; 0 asks for the processor count,
+// at least 1 and at most 4.
+unsigned CodecWorkers(unsigned asked);
 
 // `workers` zlib streams of one direction, and a thread for each but the first: the caller of
 // ForEach is a worker too. The threads start at the first batch of more than one chunk, so that

@@ -24,15 +24,6 @@ constexpr std::size_t kSets = 2;
 constexpr std::size_t kMaxAheadEntries = 4 * kBatchChunks;
 constexpr std::uint64_t kMaxAheadTagBytes = 1 << 20;
 
-// The whole percent of `processed` in `total`, at most 100; nothing when the total is 0.
-std::optional<std::uint32_t> PercentOf(std::uint64_t processed, std::uint64_t total) {
-    if (total == 0) {
-        return std::nullopt;
-    }
-    const double percent = static_cast<double>(processed) / static_cast<double>(total) * 100.0;
-    return static_cast<std::uint32_t>(std::min(percent, 100.0));
-}
-
 }  // namespace
 
 DataStreamReader::DataStreamReader(BufferedReader& source, const KeyContext& keys,
@@ -46,8 +37,9 @@ DataStreamReader::DataStreamReader(BufferedReader& source, const KeyContext& key
       inflate_([this](ChunkCodec& inflater, std::size_t index) {
           const std::size_t at = inflateFirst_ + index;
           Slot& slot = slots_[at];
-          slot.inflated =
-              inflater.Run(InputArea(at).first(slot.compressed), OutputArea(at), slot.produced);
+          const std::span<std::uint8_t> input = InputArea(at);
+          slot.dataChain->DecryptBlocks(input.first(slot.dataBytes));
+          slot.inflated = inflater.Run(input.first(slot.compressed), OutputArea(at), slot.produced);
       }) {
     position_ = source_.Position();
 }
@@ -204,10 +196,16 @@ FormatResult DataStreamReader::ReadChunk(std::size_t index) {
     if (settings_.IsCancelled()) {
         return FORMAT_CANCELLED;
     }
-    if (!ReadBlocks(area, dcf::ChunkDataBlocks(compressed, blockSize) * blockSize)) {
+    Slot& slot = slots_[index];
+    slot.dataBytes =
+        static_cast<std::size_t>(dcf::ChunkDataBlocks(compressed, blockSize) * blockSize);
+    const std::span<std::uint8_t> data = area.first(slot.dataBytes);
+    if (!source_.Read(data)) {
         return FORMAT_FAILED;
     }
-    slots_[index].compressed = compressed;
+    slot.dataChain = chain_;
+    chain_->SkipBlocks(data);
+    slot.compressed = compressed;
     return FORMAT_OK;
 }
 
@@ -367,7 +365,7 @@ DataStreamReader::Slot* DataStreamReader::NextSlot(FormatResult& result) {
 
 void DataStreamReader::ReportProgress(std::uint64_t processed, std::uint32_t& lastPercent,
                                       bool onlyRises) {
-    const std::optional<std::uint32_t> percent = PercentOf(processed, total_);
+    const std::optional<std::uint32_t> percent = ProgressPercent(processed, total_);
     if (!percent || (onlyRises && *percent <= lastPercent)) {
         return;
     }

@@ -44,7 +44,7 @@ public:
     // `workers` threads inflate, the caller's included (0 counts as 1).
     DataStreamReader(BufferedReader& source, const KeyContext& keys,
                      const DCCArchiveUserSettings& settings, std::uint64_t total,
-                     unsigned workers = DefaultCodecWorkers());
+                     unsigned workers = CodecWorkers(0));
     ~DataStreamReader();
     DataStreamReader(const DataStreamReader&) = delete;
     DataStreamReader& operator=(const DataStreamReader&) = delete;
@@ -77,9 +77,13 @@ private:
         std::uint64_t processed;
         std::uint32_t lastPercent = 0;
     };
-    // One chunk of a batch: whose it is, where it ends, and what inflate made of it.
+    // One chunk of a batch: whose it is, where it ends, and what inflate made of it. Its data
+    // blocks are read still encrypted; the worker that inflates them decrypts them first, with
+    // the chain as it stood before them.
     struct Slot {
         std::uint32_t compressed = 0;
+        std::size_t dataBytes = 0;
+        std::optional<crypto::ChunkChain> dataChain;
         std::size_t produced = 0;
         bool inflated = false;
         std::uint64_t entry = 0;                  // the ordinal of its entry
@@ -112,7 +116,8 @@ private:
     bool ReadAheadRecords();
     // Reads `bytes` (a whole number of blocks) into the front of `area` and undoes the chain.
     bool ReadBlocks(std::span<std::uint8_t> area, std::size_t bytes);
-    // One chunk into the slot, asking the cancel flag before each block.
+    // One chunk into the slot, its length block decrypted and its data blocks not yet, asking
+    // the cancel flag before each block.
     FormatResult ReadChunk(std::size_t index);
     // The chunks the entry being written needs at least beyond those written and `inHand`.
     std::uint64_t ChunksStillNeeded(std::uint64_t inHand) const;

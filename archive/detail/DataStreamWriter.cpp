@@ -80,12 +80,10 @@ bool DataStreamWriter::ReadPiece(platform::File& source, std::span<std::uint8_t>
 }
 
 void DataStreamWriter::ReportProgress(std::uint64_t processed) {
-    if (settings_.onProgress == nullptr || total_ == 0) {
-        return;
+    const std::optional<std::uint32_t> percent = ProgressPercent(processed, total_);
+    if (settings_.onProgress != nullptr && percent) {
+        settings_.onProgress(*percent, settings_.Context(CALLBACK_PROGRESS));
     }
-    const double percent = static_cast<double>(processed) / static_cast<double>(total_) * 100.0;
-    settings_.onProgress(static_cast<std::uint32_t>(std::clamp(percent, 0.0, 100.0)),
-                         settings_.Context(CALLBACK_PROGRESS));
 }
 
 FormatResult DataStreamWriter::ReadPieces(Entry& entry) {

@@ -508,7 +508,8 @@ FormatResult ArchiveBodyReader::Run() {
         fresh_.emplace(names.folders, targets);
         CreateFolders(std::move(names.folders));
     }
-    streams_.emplace(source_, *keys_, settings_, header_.totalSize);
+    streams_.emplace(source_, *keys_, settings_, header_.totalSize,
+                     CodecWorkers(settings_.codecWorkers));
     streams_->ExpectEntries(header_.formatVersion, names.files.size());
 
     FormatResult failure = FORMAT_OK;

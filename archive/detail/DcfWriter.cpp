@@ -254,7 +254,8 @@ FormatResult BodyWriter::Write() {
     }
     // Entries go into the queue of the streams; each full batch of pieces is written with
     // everything queued before it, and the rest at the end.
-    DataStreamWriter streams(target_, *keys_, settings_, header_.totalSize, DefaultCodecWorkers());
+    DataStreamWriter streams(target_, *keys_, settings_, header_.totalSize,
+                             CodecWorkers(settings_.codecWorkers));
     for (FileRecord& record : files_) {
         if (settings_.IsCancelled()) {
             break;

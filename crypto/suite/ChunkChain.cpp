@@ -84,6 +84,13 @@ void ChunkChain::EncryptBlocks(std::span<std::uint8_t> blocks) {
     }
 }
 
+void ChunkChain::SkipBlocks(std::span<const std::uint8_t> blocks) {
+    const std::size_t count = blocks.size() / blockSize_;
+    if (count > 0) {
+        chain_ = (Prefix(blocks.data() + (count - 1) * blockSize_) ^ whitening_) & mask_;
+    }
+}
+
 // Each block's next chain bytes are its own stored bytes without the whitening, so a batch
 // is unwhitened first and then decrypted in one call per cipher, which lets the cipher keep
 // several blocks in flight.

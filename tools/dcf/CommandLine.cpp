@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "archive/Archive.h"
 #include "tools/dcf/ToolOutput.h"
 
 namespace dcftool {
@@ -82,6 +83,16 @@ std::string DescribeParseFailure(const CLI::App* app, const CLI::Error& error) {
         command += parsed != nullptr ? " " + parsed->get_name() : "";
     }
     return "dcf: " + std::string(error.what()) + "; see '" + command + " --help'\n";
+}
+
+void AddThreadsOption(CLI::App& command, unsigned& threads) {
+    command
+        .add_option("-T,--threads", threads,
+                    "Threads that compress or decompress, 1 to " +
+                        std::to_string(kMaxCodecWorkers) +
+                        " (default: one per processor, at most 4)")
+        ->check(CLI::Range(1u, kMaxCodecWorkers).description(""))
+        ->type_name("N");
 }
 
 }  // namespace dcftool

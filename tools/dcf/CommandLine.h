@@ -14,6 +14,9 @@ namespace dcftool {
 // in front of the command.
 std::vector<std::string> PrepareArguments(const CLI::App& app, int argc, char** argv);
 
+// -T/--threads N into `threads`, which stays 0 (one per processor) when it is not given.
+void AddThreadsOption(CLI::App& command, unsigned& threads);
+
 // Words for CLI11's own errors: "dcf: <what>", and where to read more.
 std::string DescribeParseFailure(const CLI::App* app, const CLI::Error& error);
 

@@ -14,6 +14,7 @@
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveRun.h"
 #include "tools/dcf/CategoryManifest.h"
+#include "tools/dcf/CommandLine.h"
 #include "tools/dcf/Commands.h"
 #include "tools/dcf/KeyInput.h"
 #include "tools/dcf/ShippedStubs.h"
@@ -40,6 +41,7 @@ struct CreateOptions {
     bool stubForGiven = false;
     std::string categories;
     std::string overwrite = "ask";
+    unsigned threads = 0;
     bool quiet = false;
 };
 
@@ -159,6 +161,7 @@ void RunCreate(const CreateOptions& options) {
     ReadRealPaths(listing, run.settings);
     ArchiveExistsAnswer answer;
     SetOverwrite(options.overwrite, answer, run.settings);
+    run.settings.codecWorkers = options.threads;
     const FormatResult result = format->WriteArchive(&request, &run.settings);
     run.EndProgress();
     if (result == FORMAT_CANCELLED && run.Interrupted()) {
@@ -245,6 +248,7 @@ void AddCreateCommand(CLI::App& app) {
                      "When the archive exists: replace, skip, numbered, ask or cancel")
         ->check(CLI::IsMember({"replace", "skip", "numbered", "ask", "cancel"}))
         ->capture_default_str();
+    AddThreadsOption(*command, options->threads);
     command->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     command->callback([options, platform] {
         options->stubForGiven = platform->count() > 0;

@@ -10,6 +10,7 @@
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveRun.h"
 #include "tools/dcf/ArchiveSource.h"
+#include "tools/dcf/CommandLine.h"
 #include "tools/dcf/Commands.h"
 #include "tools/dcf/EntrySelection.h"
 #include "tools/dcf/KeyInput.h"
@@ -28,6 +29,7 @@ struct ExtractOptions {
     unsigned strip = 0;
     KeyOptions keys;
     std::string overwrite = "ask";
+    unsigned threads = 0;
     bool quiet = false;
 };
 
@@ -105,6 +107,7 @@ void RunExtract(const ExtractOptions& options) {
 
     ArchiveRun run(!options.quiet);
     run.settings.overwriteMode = kOverwriteModes.at(options.overwrite);
+    run.settings.codecWorkers = options.threads;
     if (run.settings.overwriteMode == OVERWRITE_ASK) {
         run.AskBeforeReplacing();
     }
@@ -160,6 +163,7 @@ void AddExtractCommand(CLI::App& app) {
                      "What to do with files that exist: replace, skip, ask or cancel")
         ->check(CLI::IsMember({"replace", "skip", "ask", "cancel"}))
         ->capture_default_str();
+    AddThreadsOption(*command, options->threads);
     command->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     command->callback([options] { RunExtract(*options); });
 }

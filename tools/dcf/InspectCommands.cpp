@@ -12,6 +12,7 @@
 #include "tools/dcf/ArchiveOutput.h"
 #include "tools/dcf/ArchiveRun.h"
 #include "tools/dcf/ArchiveSource.h"
+#include "tools/dcf/CommandLine.h"
 #include "tools/dcf/Commands.h"
 #include "tools/dcf/EntrySelection.h"
 #include "tools/dcf/JsonText.h"
@@ -29,6 +30,7 @@ struct InspectOptions {
     KeyOptions keys;
     bool json = false;
     bool longForm = false;
+    unsigned threads = 0;  // dcf test only
     bool quiet = false;
 };
 
@@ -49,6 +51,7 @@ void Inspect(const std::string& command, const InspectOptions& options, Inspecti
     request.sourcePath = PathFromArgument(options.archive);
     LoadKeys(command, options.archive, options.keys, request);
     ArchiveRun& run = inspection.run;
+    run.settings.codecWorkers = options.threads;
     const FormatResult result = inspection.image.Inspect(request, run.settings, run.report);
     run.EndProgress();
     run.EndOnFailure(command, options.archive, result);
@@ -201,6 +204,7 @@ void AddTestCommand(CLI::App& app) {
         app, "test",
         "Decrypt and decompress every file of an archive, write nothing, report the first damage",
         options);
+    AddThreadsOption(*command, options->threads);
     command->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     command->callback([options] { RunTest(*options); });
 }

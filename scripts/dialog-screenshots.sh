@@ -13,7 +13,7 @@ wineserver -w
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 (cd "$work" && xvfb-run -a -s "-screen 0 1024x768x24" \
-    "$root/scripts/wine-run.sh" "$build/tests/frontend/dialog_screenshots.exe")
+    "$root/scripts/wine-run.sh" "$build/tools/dialog-screenshots/dialog_screenshots.exe")
 mkdir -p "$root/docs/dialog"
 for picture in "$work"/*.bmp; do
     name=$(basename "$picture" .bmp)

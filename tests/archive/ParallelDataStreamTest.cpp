@@ -1,8 +1,10 @@
 // The data stream writer and reader with one, two and three codec workers: the writer's bytes do
-// not depend on the workers and the reader reads them back; progress, cancellation and failures
-// come as with one worker; a batch of the reader never reaches into the next entry unless it
-// reads entries ahead, and then whatever the streams hold comes back as read one by one.
+// not depend on the workers, zlib inflates every chunk and the reader reads them back; progress,
+// cancellation and failures come as with one worker; a batch of the reader never reaches into
+// the next entry unless it reads entries ahead, and then whatever the streams hold comes back
+// as read one by one.
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <filesystem>
 #include <string>
@@ -12,6 +14,7 @@
 #include "archive/detail/DataStream.h"
 #include "archive/detail/DataStreamWriter.h"
 #include "archive/detail/DcfRecords.h"
+#include "crypto/ChunkChain.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
 #include "tests/archive/ReaderFixture.h"
@@ -66,6 +69,41 @@ std::size_t AddEntry(tests::ImageBuilder& builder, const TestEntry& entry) {
 
 Bytes ReadAll(const fs::path& path) {
     return tests::ReadBytes(path).value_or(Bytes{});
+}
+
+// The entries of `sizes` in `streams`, each chunk undone from the chain and inflated by zlib's
+// own uncompress, as any zlib would read them.
+std::vector<Bytes> InflateWithZlib(const Bytes& streams, const std::vector<std::size_t>& sizes,
+                                   const KeyContext& keys) {
+    auto chain = *crypto::ChunkChain::Create(keys.SuiteId, keys.KeySchedule, keys.IvArea);
+    const std::size_t block = chain.BlockSize();
+    std::size_t position = 0;
+    const auto take = [&](std::size_t length) {
+        EXPECT_LE(position + length, streams.size());
+        length = std::min(length, streams.size() - position);
+        Bytes bytes(streams.begin() + static_cast<std::ptrdiff_t>(position),
+                    streams.begin() + static_cast<std::ptrdiff_t>(position + length));
+        position += length;
+        chain.DecryptBlocks(bytes);
+        return bytes;
+    };
+    std::vector<Bytes> entries;
+    for (const std::size_t size : sizes) {
+        chain.Restart();
+        Bytes entry;
+        while (entry.size() < size && position < streams.size()) {
+            const std::uint32_t compressed = dcf::DecodeChunkLength(take(block));
+            const Bytes data = take(dcf::ChunkDataBlocks(compressed, block) * block);
+            Bytes piece(kPiece);
+            uLongf length = piece.size();
+            EXPECT_EQ(uncompress(piece.data(), &length, data.data(), compressed), Z_OK);
+            entry.insert(entry.end(), piece.begin(),
+                         piece.begin() + static_cast<std::ptrdiff_t>(length));
+        }
+        entries.push_back(std::move(entry));
+    }
+    EXPECT_EQ(position, streams.size());
+    return entries;
 }
 
 class ParallelDataStreamTest : public ::testing::Test {
@@ -190,7 +228,7 @@ protected:
     DCCArchiveUserSettings settings_;
 };
 
-TEST_F(ParallelDataStreamTest, BytesDoNotDependOnWorkersAndTheReaderReadsThemBack) {
+TEST_F(ParallelDataStreamTest, BytesDoNotDependOnWorkersAndZlibAndTheReaderReadThemBack) {
     std::vector<Bytes> contents;
     std::vector<std::size_t> sizes;
     std::uint32_t seed = 1;
@@ -209,6 +247,7 @@ TEST_F(ParallelDataStreamTest, BytesDoNotDependOnWorkersAndTheReaderReadsThemBac
         const Bytes written = ReadAll(out);
         if (workers == 1) {
             single = written;
+            ASSERT_EQ(InflateWithZlib(written, sizes, builder_.Keys()), contents);
         } else {
             ASSERT_EQ(written, single);
         }

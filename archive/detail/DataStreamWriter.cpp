@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "archive/detail/DcfRecords.h"
 
@@ -10,8 +11,9 @@ namespace {
 // Source bytes read with one call: many pieces at a time.
 constexpr std::size_t kSourceReadSize = 256 * 1024;
 // Pieces deflated together: enough to share among a few workers, few enough to keep the
-// buffers small (about 400 KiB with 16-byte blocks).
+// buffers small (two sets of about 400 KiB with 16-byte blocks).
 constexpr std::size_t kBatchPieces = 64;
+constexpr std::size_t kSets = 2;
 
 }  // namespace
 
@@ -22,7 +24,21 @@ DataStreamWriter::DataStreamWriter(BufferedWriter& target, const KeyContext& key
       keys_(keys),
       settings_(settings),
       total_(total),
-      deflaters_(ChunkCodec::Direction::Deflate, workers) {}
+      deflaters_(ChunkCodec::Direction::Deflate, workers),
+      deflate_([this](ChunkCodec& deflater, std::size_t index) {
+          const std::size_t at = deflateFirst_ + index;
+          Slot& slot = slots_[at];
+          slot.deflated = deflater.Run(PieceArea(at).first(slot.length),
+                                       ChunkArea(at).subspan(chain_->BlockSize(), 2 * pieceSize_),
+                                       slot.compressed);
+      }) {}
+
+DataStreamWriter::~DataStreamWriter() {
+    try {
+        FinishDeflating();  // no worker may outlive the buffers
+    } catch (...) {         // the run has its result already
+    }
+}
 
 bool DataStreamWriter::Prepare() {
     if (!chain_) {
@@ -35,9 +51,9 @@ bool DataStreamWriter::Prepare() {
         pieceSize_ = dcf::PieceSize(blockSize);
         chunkCapacity_ = blockSize + 2 * pieceSize_ + blockSize;
         sourceBuffer_.resize(std::max(kSourceReadSize, pieceSize_));
-        pieces_.resize(kBatchPieces * pieceSize_);
-        chunks_.resize(kBatchPieces * chunkCapacity_);
-        slots_.resize(kBatchPieces);
+        pieces_.resize(kSets * kBatchPieces * pieceSize_);
+        chunks_.resize(kSets * kBatchPieces * chunkCapacity_);
+        slots_.resize(kSets * kBatchPieces);
     }
     return true;
 }
@@ -99,7 +115,7 @@ FormatResult DataStreamWriter::ReadPieces(Entry& entry) {
         if (length == 0) {
             break;  // a size at a multiple of the piece has no short last piece
         }
-        const std::size_t slot = slotsUsed_;
+        const std::size_t slot = first_ + slotsUsed_;
         if (!ReadPiece(entry.source, PieceArea(slot).first(length), entry.size - i * pieceSize_)) {
             return FORMAT_SOURCE_OPEN_FAILED;
         }
@@ -116,18 +132,27 @@ FormatResult DataStreamWriter::ReadPieces(Entry& entry) {
     return FORMAT_OK;
 }
 
-void DataStreamWriter::DeflateBatch() {
-    const std::size_t blockSize = chain_->BlockSize();
-    deflaters_.ForEach(slotsUsed_, [this, blockSize](ChunkCodec& deflater, std::size_t index) {
-        Slot& slot = slots_[index];
-        slot.deflated =
-            deflater.Run(PieceArea(index).first(slot.length),
-                         ChunkArea(index).subspan(blockSize, 2 * pieceSize_), slot.compressed);
-    });
+void DataStreamWriter::FinishDeflating() {
+    if (inFlight_) {
+        inFlight_ = false;
+        deflaters_.Finish();
+    }
 }
 
-FormatResult DataStreamWriter::WriteQueue() {
-    for (const Item& item : queue_) {
+FormatResult DataStreamWriter::PassBatch() {
+    FinishDeflating();
+    std::vector<Item> deflated = std::exchange(deflating_, std::move(queue_));
+    queue_.clear();
+    deflateFirst_ = first_;
+    deflaters_.Start(slotsUsed_, deflate_);
+    inFlight_ = true;
+    first_ = first_ == 0 ? kBatchPieces : 0;  // the set of the batch written now
+    slotsUsed_ = 0;
+    return WriteItems(deflated);
+}
+
+FormatResult DataStreamWriter::WriteItems(const std::vector<Item>& items) {
+    for (const Item& item : items) {
         if (!item.slot) {
             if (!target_.Write(item.record)) {
                 return FORMAT_WRITE_FAILED;
@@ -157,7 +182,9 @@ FormatResult DataStreamWriter::WriteQueue() {
 }
 
 void DataStreamWriter::DropQueue() {
+    FinishDeflating();
     queue_.clear();
+    deflating_.clear();
     slotsUsed_ = 0;
 }
 
@@ -168,12 +195,14 @@ void DataStreamWriter::QueueRecord(std::vector<std::uint8_t> record) {
 }
 
 FormatResult DataStreamWriter::Flush() {
-    FormatResult result = FORMAT_OK;
-    if (!queue_.empty()) {
+    FinishDeflating();
+    FormatResult result = WriteItems(deflating_);
+    if (result == FORMAT_OK && !queue_.empty()) {
         if (slotsUsed_ > 0) {
-            DeflateBatch();
+            deflateFirst_ = first_;
+            deflaters_.ForEach(slotsUsed_, deflate_);
         }
-        result = WriteQueue();
+        result = WriteItems(queue_);
     }
     DropQueue();
     return result;
@@ -195,7 +224,7 @@ FormatResult DataStreamWriter::QueueDataStream(platform::File& source, std::uint
     for (;;) {
         FormatResult result = ReadPieces(entry);
         if (result == FORMAT_OK && slotsUsed_ == kBatchPieces) {
-            result = Flush();
+            result = PassBatch();
         }
         if (result != FORMAT_OK) {
             DropQueue();

@@ -18,19 +18,23 @@
 #include "crypto/ChunkChain.h"
 #include "platform/File.h"
 
-// The state that serves all entries of one run: the chain of the archive's keys, the buffers
-// (plaintext, wiped when released), and the deflate workers. What is to be written goes into a
-// queue of records and the pieces of data streams. Pieces are read in order on the calling
-// thread; when a batch is full, all of them, from however many entries, are deflated on all
-// workers at once, then the queue is chained and written in order on the calling thread. So a
-// run of small files shares batches, and the bytes written do not depend on the number of
-// workers. Memory does not depend on the size of a file.
+// The state that serves all entries of one run: the chain of the archive's keys, two sets of
+// buffers for a batch of pieces and their chunks (plaintext, wiped when released), and the
+// deflate workers. What is to be written goes into a queue of records and the pieces of data
+// streams. Pieces are read in order on the calling thread; when a batch is full, all of them,
+// from however many entries, go to the workers, and the calling thread chains and writes the
+// batch before it meanwhile, then reads on into the other set. So a run of small files shares
+// batches, and the bytes written do not depend on the number of workers. Memory does not
+// depend on the size of a file.
 class DataStreamWriter {
 public:
     // `total` is the sum of all sizes, which the percent of onProgress is taken of. `workers`
     // threads deflate, the caller's included (0 counts as 1).
     DataStreamWriter(BufferedWriter& target, const KeyContext& keys,
                      const DCCArchiveUserSettings& settings, std::uint64_t total, unsigned workers);
+    ~DataStreamWriter();
+    DataStreamWriter(const DataStreamWriter&) = delete;
+    DataStreamWriter& operator=(const DataStreamWriter&) = delete;
 
     // Queues a record (a file header, a tag block) to be written as it stands.
     void QueueRecord(std::vector<std::uint8_t> record);
@@ -78,8 +82,13 @@ private:
     // Reads pieces of the entry into free slots, telling progress and asking the cancel flag for
     // each as it goes, until the entry ends or the batch is full.
     FormatResult ReadPieces(Entry& entry);
-    void DeflateBatch();
-    FormatResult WriteQueue();
+    // The full batch goes to the workers; the one before it, deflated by then, is written
+    // meanwhile, and the next one is read into its set.
+    FormatResult PassBatch();
+    // Waits for the batch with the workers, if any; throws what a worker threw.
+    void FinishDeflating();
+    FormatResult WriteItems(const std::vector<Item>& items);
+    // Waits for the workers and forgets everything queued.
     void DropQueue();
     // The next `piece.size()` bytes of the source; false on a read error.
     bool ReadPiece(platform::File& source, std::span<std::uint8_t> piece, std::uint64_t remaining);
@@ -104,6 +113,13 @@ private:
     Zelmarik::SecureVector<std::uint8_t> pieces_;
     Zelmarik::SecureVector<std::uint8_t> chunks_;
     std::vector<Slot> slots_;
+    // The batch being read: the first slot of its set, its slots in use, and its queue.
+    std::size_t first_ = 0;
     std::size_t slotsUsed_ = 0;
     std::vector<Item> queue_;
+    // The batch with the workers: its queue, and the first slot of its set for the job.
+    std::vector<Item> deflating_;
+    bool inFlight_ = false;
+    std::size_t deflateFirst_ = 0;
+    ChunkCodecPool::Job deflate_;
 };

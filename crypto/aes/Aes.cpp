@@ -166,18 +166,28 @@ void AesDecrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t 
     }
 }
 
-bool AesChainEncrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count,
-                     std::uint8_t* chain, const std::uint8_t* whitening) {
+using AesNiChainForm = void (*)(const std::uint8_t* schedule, std::uint8_t* blocks,
+                                std::size_t count, std::uint8_t* chain,
+                                const std::uint8_t* whitening);
+
+// The chain's AES-NI forms, when AES-NI is in use.
+template <AesNiChainForm Form>
+bool AesNiChain(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count,
+                std::uint8_t* chain, const std::uint8_t* whitening) {
     if (!AesNiInUse()) {
         return false;
     }
-    AesNiChainEncrypt(schedule, blocks, count, chain, whitening);
+    Form(schedule, blocks, count, chain, whitening);
     return true;
 }
 
 }  // namespace
 
-const BlockCipherOps kAesOps = {AesInit, AesEncrypt, AesDecrypt, kAesScheduleSpace,
-                                AesChainEncrypt};
+const BlockCipherOps kAesOps = {AesInit,
+                                AesEncrypt,
+                                AesDecrypt,
+                                kAesScheduleSpace,
+                                AesNiChain<AesNiChainEncrypt>,
+                                AesNiChain<AesNiChainDecrypt>};
 
 }  // namespace crypto::detail

@@ -107,6 +107,26 @@ __m128i LoadFourBytes(const std::uint8_t* p) {
     return _mm_cvtsi32_si128(word);
 }
 
+// What the chunk chain keeps in registers in either direction: the round keys, and the
+// whitening and chain bytes in the low four bytes of a register.
+struct ChainRegisters {
+    ChainRegisters(const std::uint8_t* keyWords, const std::uint8_t* chain,
+                   const std::uint8_t* whitening)
+        : keys(LoadKeys(keyWords)),
+          white(LoadFourBytes(whitening)),
+          chained(LoadFourBytes(chain)) {}
+
+    void SaveChain(std::uint8_t* chain) const {
+        const std::int32_t word = _mm_cvtsi128_si32(chained);
+        std::memcpy(chain, &word, sizeof(word));
+    }
+
+    RoundKeys keys;
+    __m128i mask = _mm_cvtsi32_si128(-1);
+    __m128i white;
+    __m128i chained;
+};
+
 }  // namespace
 
 void AesNiExpandKey(const std::uint8_t* key, std::uint8_t* schedule) {
@@ -152,22 +172,61 @@ void AesNiDecryptBlocks(const std::uint8_t* schedule, std::uint8_t* blocks, std:
 // path is the AES rounds plus one AND and one XOR.
 void AesNiChainEncrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count,
                        std::uint8_t* chain, const std::uint8_t* whitening) {
-    const RoundKeys keys = LoadKeys(schedule + kAesEncryptKeysOffset);
-    const __m128i chainMask = _mm_cvtsi32_si128(-1);
-    const __m128i white = LoadFourBytes(whitening);
-    __m128i chained = LoadFourBytes(chain);
+    ChainRegisters r(schedule + kAesEncryptKeysOffset, chain, whitening);
     for (; count > 0; --count, blocks += 16) {
-        __m128i state = _mm_xor_si128(chained, _mm_xor_si128(Load(blocks), keys.key[0]));
+        __m128i state = _mm_xor_si128(r.chained, _mm_xor_si128(Load(blocks), r.keys.key[0]));
 #pragma GCC unroll 13
         for (int round = 1; round < kAesRounds; ++round) {
-            state = _mm_aesenc_si128(state, keys.key[round]);
+            state = _mm_aesenc_si128(state, r.keys.key[round]);
         }
-        state = _mm_aesenclast_si128(state, keys.key[kAesRounds]);
-        chained = _mm_and_si128(state, chainMask);
-        Store(blocks, _mm_xor_si128(state, white));
+        state = _mm_aesenclast_si128(state, r.keys.key[kAesRounds]);
+        r.chained = _mm_and_si128(state, r.mask);
+        Store(blocks, _mm_xor_si128(state, r.white));
     }
-    const std::int32_t word = _mm_cvtsi128_si32(chained);
-    std::memcpy(chain, &word, sizeof(word));
+    r.SaveChain(chain);
+}
+
+// Each block's chain bytes for the next are its own stored bytes without the whitening, so all
+// blocks decrypt independently; only the four chained bytes of each are XORed afterwards.
+void AesNiChainDecrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count,
+                       std::uint8_t* chain, const std::uint8_t* whitening) {
+    ChainRegisters r(schedule + kAesDecryptKeysOffset, chain, whitening);
+    const RoundKeys& keys = r.keys;
+    for (; count >= kLanes; count -= kLanes, blocks += 16 * kLanes) {
+        __m128i state[kLanes];
+        __m128i before[kLanes];
+#pragma GCC unroll 8
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            const __m128i stored = _mm_xor_si128(Load(blocks + 16 * lane), r.white);
+            before[lane] = r.chained;
+            r.chained = _mm_and_si128(stored, r.mask);
+            state[lane] = _mm_xor_si128(stored, keys.key[0]);
+        }
+#pragma GCC unroll 13
+        for (int round = 1; round < kAesRounds; ++round) {
+#pragma GCC unroll 8
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                state[lane] = _mm_aesdec_si128(state[lane], keys.key[round]);
+            }
+        }
+#pragma GCC unroll 8
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            const __m128i plain = _mm_aesdeclast_si128(state[lane], keys.key[kAesRounds]);
+            Store(blocks + 16 * lane, _mm_xor_si128(plain, before[lane]));
+        }
+    }
+    for (; count > 0; --count, blocks += 16) {
+        const __m128i stored = _mm_xor_si128(Load(blocks), r.white);
+        __m128i state = _mm_xor_si128(stored, keys.key[0]);
+#pragma GCC unroll 13
+        for (int round = 1; round < kAesRounds; ++round) {
+            state = _mm_aesdec_si128(state, keys.key[round]);
+        }
+        const __m128i plain = _mm_aesdeclast_si128(state, keys.key[kAesRounds]);
+        Store(blocks, _mm_xor_si128(plain, r.chained));
+        r.chained = _mm_and_si128(stored, r.mask);
+    }
+    r.SaveChain(chain);
 }
 
 }  // namespace crypto::detail

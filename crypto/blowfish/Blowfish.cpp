@@ -99,7 +99,7 @@ void BlowfishBlocks(const std::uint8_t* schedule, std::uint8_t* blocks, std::siz
 
 }  // namespace
 
-const BlockCipherOps kBlowfishOps = {BlowfishInit, BlowfishBlocks<false>, BlowfishBlocks<true>,
-                                     kScheduleSpace, nullptr};
+const BlockCipherOps kBlowfishOps = {
+    BlowfishInit, BlowfishBlocks<false>, BlowfishBlocks<true>, kScheduleSpace, nullptr, nullptr};
 
 }  // namespace crypto::detail

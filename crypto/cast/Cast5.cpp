@@ -143,7 +143,7 @@ void Cast5Blocks(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t
 
 }  // namespace
 
-const BlockCipherOps kCast5Ops = {Cast5Init, Cast5Blocks<false>, Cast5Blocks<true>, 4 * 2 * kRounds,
-                                  nullptr};
+const BlockCipherOps kCast5Ops = {
+    Cast5Init, Cast5Blocks<false>, Cast5Blocks<true>, 4 * 2 * kRounds, nullptr, nullptr};
 
 }  // namespace crypto::detail

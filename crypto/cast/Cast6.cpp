@@ -115,7 +115,7 @@ void Cast6Blocks(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t
 
 }  // namespace
 
-const BlockCipherOps kCast6Ops = {Cast6Init, Cast6Blocks<false>, Cast6Blocks<true>,
-                                  4 * 2 * 4 * kQuadRounds, nullptr};
+const BlockCipherOps kCast6Ops = {
+    Cast6Init, Cast6Blocks<false>, Cast6Blocks<true>, 4 * 2 * 4 * kQuadRounds, nullptr, nullptr};
 
 }  // namespace crypto::detail

@@ -22,5 +22,8 @@ void AesNiDecryptBlocks(const std::uint8_t* schedule, std::uint8_t* blocks, std:
 // The chunk chain's serial encryption with the round keys kept in registers.
 void AesNiChainEncrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count,
                        std::uint8_t* chain, const std::uint8_t* whitening);
+// Its decryption, eight blocks in flight: the chain bytes come from the ciphertext alone.
+void AesNiChainDecrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t count,
+                       std::uint8_t* chain, const std::uint8_t* whitening);
 
 }  // namespace crypto::detail

@@ -19,6 +19,8 @@ using CipherBlocksFunction = void (*)(const std::uint8_t* schedule, std::uint8_t
 using ChainEncryptFunction = bool (*)(const std::uint8_t* schedule, std::uint8_t* blocks,
                                       std::size_t count, std::uint8_t* chain,
                                       const std::uint8_t* whitening);
+// Its decryption, the same way.
+using ChainDecryptFunction = ChainEncryptFunction;
 
 struct BlockCipherOps {
     CipherInitFunction init;
@@ -27,6 +29,7 @@ struct BlockCipherOps {
     // Bytes the schedule really occupies; RC6's 44 round keys run past its table entry.
     std::size_t scheduleSpace;
     ChainEncryptFunction chainEncrypt;  // null for most ciphers
+    ChainDecryptFunction chainDecrypt;  // null for most ciphers
 };
 
 extern const BlockCipherOps kAesOps;

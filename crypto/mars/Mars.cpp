@@ -252,6 +252,7 @@ void MarsDecrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t
 
 }  // namespace
 
-const BlockCipherOps kMarsOps = {MarsInit, MarsEncrypt, MarsDecrypt, 4 * kExpandedWords, nullptr};
+const BlockCipherOps kMarsOps = {MarsInit,           MarsEncrypt, MarsDecrypt,
+                                 4 * kExpandedWords, nullptr,     nullptr};
 
 }  // namespace crypto::detail

@@ -54,6 +54,6 @@ void Rc5Decrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t 
 
 }  // namespace
 
-const BlockCipherOps kRc5Ops = {Rc5Init, Rc5Encrypt, Rc5Decrypt, 4 * kTableWords, nullptr};
+const BlockCipherOps kRc5Ops = {Rc5Init, Rc5Encrypt, Rc5Decrypt, 4 * kTableWords, nullptr, nullptr};
 
 }  // namespace crypto::detail

@@ -80,6 +80,6 @@ void Rc6Decrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::size_t 
 
 }  // namespace
 
-const BlockCipherOps kRc6Ops = {Rc6Init, Rc6Encrypt, Rc6Decrypt, 4 * kTableWords, nullptr};
+const BlockCipherOps kRc6Ops = {Rc6Init, Rc6Encrypt, Rc6Decrypt, 4 * kTableWords, nullptr, nullptr};
 
 }  // namespace crypto::detail

@@ -192,7 +192,7 @@ void SerpentDecrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::siz
 
 }  // namespace
 
-const BlockCipherOps kSerpentOps = {SerpentInit, SerpentEncrypt, SerpentDecrypt, 4 * kRoundKeyWords,
-                                    nullptr};
+const BlockCipherOps kSerpentOps = {SerpentInit,        SerpentEncrypt, SerpentDecrypt,
+                                    4 * kRoundKeyWords, nullptr,        nullptr};
 
 }  // namespace crypto::detail

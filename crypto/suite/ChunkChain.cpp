@@ -95,6 +95,13 @@ void ChunkChain::SkipBlocks(std::span<const std::uint8_t> blocks) {
 // is unwhitened first and then decrypted in one call per cipher, which lets the cipher keep
 // several blocks in flight.
 void ChunkChain::DecryptBlocks(std::span<std::uint8_t> blocks) {
+    const detail::ResolvedCipher& first = suite_.ciphers[0];
+    if (suite_.count == 1 && first.ops->chainDecrypt != nullptr &&
+        first.ops->chainDecrypt(first.schedule, blocks.data(), blocks.size() / blockSize_,
+                                reinterpret_cast<std::uint8_t*>(&chain_),
+                                reinterpret_cast<const std::uint8_t*>(&whitening_))) {
+        return;
+    }
     std::uint32_t previous[kBatchBlocks];
     std::size_t remaining = blocks.size() / blockSize_;
     std::uint8_t* batch = blocks.data();

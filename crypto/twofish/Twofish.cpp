@@ -223,7 +223,7 @@ void TwofishDecrypt(const std::uint8_t* schedule, std::uint8_t* blocks, std::siz
 
 }  // namespace
 
-const BlockCipherOps kTwofishOps = {TwofishInit, TwofishEncrypt, TwofishDecrypt, kScheduleSpace,
-                                    nullptr};
+const BlockCipherOps kTwofishOps = {TwofishInit,    TwofishEncrypt, TwofishDecrypt,
+                                    kScheduleSpace, nullptr,        nullptr};
 
 }  // namespace crypto::detail

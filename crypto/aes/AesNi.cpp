@@ -48,16 +48,21 @@ __m128i NextOddKey(__m128i odd, __m128i even) {
     return _mm_xor_si128(SpreadWords(odd), _mm_shuffle_epi32(assist, 0xAA));
 }
 
+// Wiped when they go: a worker thread's stack outlives its last call, and the outer round keys
+// are the cipher key itself.
 struct RoundKeys {
+    RoundKeys() = default;
+    RoundKeys(const RoundKeys&) = delete;
+    RoundKeys& operator=(const RoundKeys&) = delete;
+    ~RoundKeys() { platform::SecureWipe(key, sizeof(key)); }
+
     __m128i key[kAesRounds + 1];
 };
 
-RoundKeys LoadKeys(const std::uint8_t* keys) {
-    RoundKeys loaded;
+void LoadKeys(const std::uint8_t* keys, RoundKeys& loaded) {
     for (int round = 0; round <= kAesRounds; ++round) {
         loaded.key[round] = SwapWordBytes(Load(keys + 16 * round));
     }
-    return loaded;
 }
 
 template <bool Decrypt>
@@ -72,7 +77,8 @@ __m128i LastRound(__m128i state, __m128i key) {
 
 template <bool Decrypt>
 void TransformBlocks(const std::uint8_t* keyWords, std::uint8_t* blocks, std::size_t count) {
-    const RoundKeys keys = LoadKeys(keyWords);
+    RoundKeys keys;
+    LoadKeys(keyWords, keys);
     for (; count >= kLanes; count -= kLanes, blocks += 16 * kLanes) {
         __m128i state[kLanes];
 #pragma GCC unroll 8
@@ -112,9 +118,9 @@ __m128i LoadFourBytes(const std::uint8_t* p) {
 struct ChainRegisters {
     ChainRegisters(const std::uint8_t* keyWords, const std::uint8_t* chain,
                    const std::uint8_t* whitening)
-        : keys(LoadKeys(keyWords)),
-          white(LoadFourBytes(whitening)),
-          chained(LoadFourBytes(chain)) {}
+        : white(LoadFourBytes(whitening)), chained(LoadFourBytes(chain)) {
+        LoadKeys(keyWords, keys);
+    }
 
     void SaveChain(std::uint8_t* chain) const {
         const std::int32_t word = _mm_cvtsi128_si32(chained);

@@ -116,6 +116,7 @@ void ChunkCodecPool::WorkerLoop(ChunkCodec& codec) {
 }
 
 void ChunkCodecPool::Begin(std::size_t count, const Job& job, bool wake) {
+    busy_ = true;
     if (wake && !started_) {
         StartWorkers();
     }
@@ -130,6 +131,10 @@ void ChunkCodecPool::Begin(std::size_t count, const Job& job, bool wake) {
 }
 
 void ChunkCodecPool::Finish() {
+    if (!busy_) {
+        return;
+    }
+    busy_ = false;
     std::unique_lock lock(mutex_);
     RunShare(*codecs_.front(), lock);
     // Only calls under way are waited for: a worker that wakes late finds nothing left, and

@@ -48,10 +48,13 @@ public:
 
     // ForEach in two halves, so that the caller can do other work while the threads run the
     // calls: Start hands the indices to the threads and returns at once; Finish runs what is
-    // left on the caller, waits for the calls under way and throws what ForEach would. `job`
-    // must live until Finish returns, and every Start needs its Finish before the next one.
+    // left on the caller, waits for the calls under way and throws what ForEach would, and
+    // returns at once when no Start waits for it. `job` must live until Finish returns, and
+    // every Start needs its Finish before the next one.
     void Start(std::size_t count, const Job& job);
     void Finish();
+    // Whether a Start waits for its Finish.
+    bool Busy() const { return busy_; }
 
 private:
     void Begin(std::size_t count, const Job& job, bool wake);
@@ -63,6 +66,7 @@ private:
     std::vector<std::unique_ptr<ChunkCodec>> codecs_;
     std::vector<std::thread> threads_;
     bool started_ = false;
+    bool busy_ = false;
 
     // All below under mutex_.
     std::mutex mutex_;

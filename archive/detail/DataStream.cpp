@@ -46,8 +46,8 @@ DataStreamReader::DataStreamReader(BufferedReader& source, const KeyContext& key
 
 DataStreamReader::~DataStreamReader() {
     try {
-        FinishInflating();  // no worker may outlive the buffers
-    } catch (...) {         // the run has its result already
+        inflaters_.Finish();  // no worker may outlive the buffers
+    } catch (...) {           // the run has its result already
     }
 }
 
@@ -220,7 +220,7 @@ std::uint64_t DataStreamReader::ChunksStillNeeded(std::uint64_t inHand) const {
 std::size_t DataStreamReader::ChunksInHand() const {
     const Batch& writing = batches_[current_];
     std::size_t inHand = writing.first + writing.count - cursor_;
-    if (inflating_) {
+    if (inflaters_.Busy()) {
         inHand += batches_[1 - current_].count;
     }
     return inHand;
@@ -260,14 +260,6 @@ void DataStreamReader::StartInflating(const Batch& batch) {
     // The job's indices count from the batch's first slot.
     inflateFirst_ = batch.first;
     inflaters_.Start(batch.count, inflate_);
-    inflating_ = true;
-}
-
-void DataStreamReader::FinishInflating() {
-    if (inflating_) {
-        inflating_ = false;
-        inflaters_.Finish();
-    }
 }
 
 void DataStreamReader::Advance() {
@@ -275,7 +267,7 @@ void DataStreamReader::Advance() {
     done.count = 0;
     cursor_ = done.first;
     const std::size_t next = 1 - current_;
-    if (!inflating_) {
+    if (!inflaters_.Busy()) {
         Batch& first = batches_[next];
         ReadBatch(first);
         const bool more =
@@ -295,7 +287,7 @@ void DataStreamReader::Advance() {
         StartInflating(first);
     }
     ReadBatch(done);  // the batch after the next, read while the next inflates
-    FinishInflating();
+    inflaters_.Finish();
     current_ = next;
     cursor_ = batches_[next].first;
     if (done.count > 0) {
@@ -304,7 +296,7 @@ void DataStreamReader::Advance() {
 }
 
 void DataStreamReader::DropBatches() {
-    FinishInflating();
+    inflaters_.Finish();
     for (Batch& batch : batches_) {
         batch.count = 0;
         batch.read = FORMAT_OK;

@@ -130,7 +130,6 @@ private:
     // batch after it and hands that to the workers.
     void Advance();
     void StartInflating(const Batch& batch);
-    void FinishInflating();
     // Whether anything was read, or failed to be, behind the position.
     bool ReadPast();
     // Waits for the workers and empties both sets.
@@ -159,7 +158,6 @@ private:
     Batch batches_[2];
     ChunkCodecPool::Job inflate_;  // inflates slot inflateFirst_ + index
     std::size_t inflateFirst_ = 0;
-    bool inflating_ = false;
 
     // Writing: the set being written, its next slot, and the entry being written.
     std::size_t current_ = 0;

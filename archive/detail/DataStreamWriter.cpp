@@ -35,8 +35,8 @@ DataStreamWriter::DataStreamWriter(BufferedWriter& target, const KeyContext& key
 
 DataStreamWriter::~DataStreamWriter() {
     try {
-        FinishDeflating();  // no worker may outlive the buffers
-    } catch (...) {         // the run has its result already
+        deflaters_.Finish();  // no worker may outlive the buffers
+    } catch (...) {           // the run has its result already
     }
 }
 
@@ -132,20 +132,12 @@ FormatResult DataStreamWriter::ReadPieces(Entry& entry) {
     return FORMAT_OK;
 }
 
-void DataStreamWriter::FinishDeflating() {
-    if (inFlight_) {
-        inFlight_ = false;
-        deflaters_.Finish();
-    }
-}
-
 FormatResult DataStreamWriter::PassBatch() {
-    FinishDeflating();
+    deflaters_.Finish();
     std::vector<Item> deflated = std::exchange(deflating_, std::move(queue_));
     queue_.clear();
     deflateFirst_ = first_;
     deflaters_.Start(slotsUsed_, deflate_);
-    inFlight_ = true;
     first_ = first_ == 0 ? kBatchPieces : 0;  // the set of the batch written now
     slotsUsed_ = 0;
     return WriteItems(deflated);
@@ -182,7 +174,7 @@ FormatResult DataStreamWriter::WriteItems(const std::vector<Item>& items) {
 }
 
 void DataStreamWriter::DropQueue() {
-    FinishDeflating();
+    deflaters_.Finish();
     queue_.clear();
     deflating_.clear();
     slotsUsed_ = 0;
@@ -195,7 +187,7 @@ void DataStreamWriter::QueueRecord(std::vector<std::uint8_t> record) {
 }
 
 FormatResult DataStreamWriter::Flush() {
-    FinishDeflating();
+    deflaters_.Finish();
     FormatResult result = WriteItems(deflating_);
     if (result == FORMAT_OK && !queue_.empty()) {
         if (slotsUsed_ > 0) {

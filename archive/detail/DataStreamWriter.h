@@ -85,8 +85,6 @@ private:
     // The full batch goes to the workers; the one before it, deflated by then, is written
     // meanwhile, and the next one is read into its set.
     FormatResult PassBatch();
-    // Waits for the batch with the workers, if any; throws what a worker threw.
-    void FinishDeflating();
     FormatResult WriteItems(const std::vector<Item>& items);
     // Waits for the workers and forgets everything queued.
     void DropQueue();
@@ -119,7 +117,6 @@ private:
     std::vector<Item> queue_;
     // The batch with the workers: its queue, and the first slot of its set for the job.
     std::vector<Item> deflating_;
-    bool inFlight_ = false;
     std::size_t deflateFirst_ = 0;
     ChunkCodecPool::Job deflate_;
 };

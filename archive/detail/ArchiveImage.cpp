@@ -23,8 +23,11 @@ FormatResult ArchiveImage::Open(const std::u16string& path, platform::ErrorCode&
     if (error != platform::kErrorSuccess) {
         return FORMAT_SOURCE_OPEN_FAILED;
     }
-    if (IsSelfExtractingFile(path)) {
-        const FormatResult located = OpenSfxImage(path, stream_);
+    // Told from the stream already open: a file looked at again by its path may be another.
+    SfxTrailerBytes trailer{};
+    if (fileSize > kSfxTrailerSize && ReadSfxTrailer(stream_, trailer) &&
+        HasSfxSignature(trailer)) {
+        const FormatResult located = LocateSfxImage(stream_, fileSize, trailer);
         if (located != FORMAT_OK) {
             return located;
         }

@@ -25,6 +25,11 @@ FormatResult OpenSfxImage(const std::u16string& path, platform::File& stream) {
     if (!ReadSfxTrailer(stream, trailer)) {
         return FORMAT_FAILED;  // shorter than a trailer: no image can be found
     }
+    return LocateSfxImage(stream, size, trailer);
+}
+
+FormatResult LocateSfxImage(platform::File& stream, std::uint64_t size,
+                            const SfxTrailerBytes& trailer) {
     const std::uint64_t imageSize = SfxImageSize(trailer);
     const std::uint64_t room = size - kSfxTrailerSize;
     if (imageSize == room) {

@@ -15,3 +15,6 @@ bool ReadSfxTrailer(platform::File& file, SfxTrailerBytes& trailer);
 // opened, FORMAT_NO_PAYLOAD_ROOM when the image would start at the very beginning (no stub),
 // FORMAT_FAILED when the trailer can't be read or points outside the file.
 FormatResult OpenSfxImage(const std::u16string& path, platform::File& stream);
+// The same on a file already open, of `size` bytes (at least a trailer's), whose trailer was read.
+FormatResult LocateSfxImage(platform::File& stream, std::uint64_t size,
+                            const SfxTrailerBytes& trailer);

@@ -137,15 +137,6 @@ TEST_F(DcfReaderTest, FoldersListedBeforeTheirParentsAreMade) {
     EXPECT_EQ(ReadBytes(Out() / "a" / "b" / "f"), Bytes(5, 'f'));
 }
 
-TEST_F(DcfReaderTest, TargetPathWithFinalSeparator) {
-    request_.targetPath += platform::kPathSeparator;
-    ASSERT_EQ(Extract(tests::BuildImage(ImageSettings{}, {}, {{u"\\f", Bytes(4, 'q'), {}}})),
-              FORMAT_OK);
-    EXPECT_EQ(ReadBytes(Out() / "f"), Bytes(4, 'q'));
-    EXPECT_EQ(format_.ExtractedFiles().front(),
-              folder_.Path(u"out") + platform::kPathSeparator + u"f");
-}
-
 TEST_F(DcfReaderTest, SkipConsumesTheStreamAndMovesProgress) {
     const Bytes first = tests::Noise(6000, 11);
     const Bytes second = tests::Noise(3000, 12);

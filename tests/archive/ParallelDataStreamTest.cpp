@@ -302,26 +302,6 @@ TEST_F(ParallelDataStreamTest, EntriesQueuedTogetherGiveTheBytesOfEntriesWritten
     }
 }
 
-TEST_F(ParallelDataStreamTest, ProgressIsTheSameSequenceForAnyWorkerCount) {
-    recorder_.Attach(settings_);
-    // 250 whole pieces and a short one (a call every third piece), then a size at a multiple of
-    // the piece, whose last call comes with no piece behind it.
-    const std::vector<Bytes> contents = {Content(250 * kPiece + 100, 1),
-                                         Content(3 * kBatch * kPiece, 2)};
-    std::vector<std::uint32_t> single;
-    for (const unsigned workers : kWorkerCounts) {
-        SCOPED_TRACE(workers);
-        recorder_.percents.clear();
-        WriteStreams(contents, workers, folder_.Native() / "out", 5000, 1'100'000);
-        if (workers == 1) {
-            single = recorder_.percents;
-            EXPECT_GT(single.size(), 100u);
-        } else {
-            EXPECT_EQ(recorder_.percents, single);
-        }
-    }
-}
-
 TEST_F(ParallelDataStreamTest, CancelInsideABatchEndsTheStreamAndTheWriterGoesOn) {
     recorder_.Attach(settings_);
     const Bytes cancelled = Content(90 * kPiece, 3);  // a call at every piece
@@ -358,23 +338,6 @@ TEST_F(ParallelDataStreamTest, CancelInsideABatchEndsTheStreamAndTheWriterGoesOn
         ASSERT_TRUE(buffered.Flush());
         const Bytes all = ReadAll(out);
         EXPECT_EQ(Bytes(all.begin() + static_cast<std::ptrdiff_t>(cut), all.end()), nextAlone);
-    }
-}
-
-TEST_F(ParallelDataStreamTest, FailedWritesAreTheStreamsResult) {
-    // A target opened for reading refuses the write of the first full buffer.
-    const fs::path out = Save("readonly", {});
-    const Bytes content = tests::Noise(3 * kBatch * kPiece, 5);
-    const fs::path path = Save("source", content);
-    for (const unsigned workers : kWorkerCounts) {
-        SCOPED_TRACE(workers);
-        platform::File target;
-        ASSERT_EQ(target.Open(out.u16string(), platform::OpenMode::Read), platform::kErrorSuccess);
-        BufferedWriter buffered(target);
-        DataStreamWriter writer(buffered, builder_.Keys(), settings_, 1, workers);
-        platform::File source;
-        ASSERT_EQ(source.Open(path.u16string(), platform::OpenMode::Read), platform::kErrorSuccess);
-        EXPECT_EQ(writer.WriteDataStream(source, content.size(), 0), FORMAT_WRITE_FAILED);
     }
 }
 

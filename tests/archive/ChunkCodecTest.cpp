@@ -45,12 +45,9 @@ std::vector<Piece> Pieces() {
         {"text", Text(kPiece), false},
         {"noise", tests::Noise(kPiece, 1), true},
         {"short noise", tests::Noise(100, 2), false},
-        {"one byte", Bytes{0x42}, false},
-        {"zeros", Bytes(kPiece, 0), false},
         // The byte values of noise, but its last quarter repeats the first: deflate saves that.
         {"noise and a repeat",
          Concatenated(noise, Bytes(noise.begin(), noise.begin() + kPiece / 4)), false},
-        {"noise then text", Concatenated(tests::Noise(kPiece / 2, 4), Text(kPiece / 2)), false},
     };
 }
 

@@ -87,10 +87,10 @@ TEST(SfxImage, RefusesFilesAndTrailersThatHoldNoImage) {
         std::uint64_t claimed;
         FormatResult expected;
     };
-    for (const Row& row :
-         {Row{0, image, image.size(), FORMAT_NO_PAYLOAD_ROOM},
-          Row{0, "", 0, FORMAT_NO_PAYLOAD_ROOM}, Row{10, image, image.size() + 11, FORMAT_FAILED},
-          Row{10, image, ~std::uint64_t{0}, FORMAT_FAILED}}) {
+    for (const Row& row : {Row{0, image, image.size(), FORMAT_NO_PAYLOAD_ROOM},
+                           Row{10, image, image.size() + 11, FORMAT_FAILED},
+                           Row{10, image, ~std::uint64_t{0}, FORMAT_FAILED},
+                           Row{0, "", 0, FORMAT_NO_PAYLOAD_ROOM}}) {
         SCOPED_TRACE(row.claimed);
         WriteSfx(path, row.stub, row.image, row.claimed);
         EXPECT_EQ(OpenSfxImage(path, stream), row.expected);

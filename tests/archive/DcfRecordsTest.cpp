@@ -1,11 +1,15 @@
-// The record rules the known-answer archives do not pin: the layouts themselves are matched byte
-// for byte there.
+// The record rules the known-answer archives do not pin (the layouts are matched byte for byte
+// there), and the key block's refusals.
 #include "archive/detail/DcfRecords.h"
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <numeric>
 #include <vector>
+
+#include "archive/detail/KeyContext.h"
+#include "tests/archive/ImageBuilder.h"
 
 namespace {
 
@@ -102,6 +106,42 @@ TEST(DcfRecords, ChunkAndPieceCountsAtTheirBorders) {
     EXPECT_FALSE(dcf::PieceCountFits(pieceLimit, 16));
     EXPECT_TRUE(dcf::LegacyBlockCountFits((std::uint64_t{1} << 31) * 16 - 17, 16));
     EXPECT_FALSE(dcf::LegacyBlockCountFits((std::uint64_t{1} << 31) * 16 - 16, 16));
+}
+
+// The key block of an image made with `settings`, and the keys it must open to.
+struct SealedKeyBlock {
+    explicit SealedKeyBlock(const tests::ImageSettings& settings) : builder(settings) {
+        builder.KeyBlock();
+        std::copy_n(builder.Image().begin(), dcf::kKeyBlockSize, block.begin());
+    }
+    tests::ImageBuilder builder;
+    dcf::KeyBlock block{};
+};
+
+std::span<const std::uint8_t> Password(const char* text) {
+    return {reinterpret_cast<const std::uint8_t*>(text), std::strlen(text)};
+}
+
+TEST(KeyContext, WrongPasswordAndDamagedMasterKeyAreaAreRefused) {
+    const SealedKeyBlock sealed{tests::ImageSettings{}};
+    KeyContextPtr context;
+    EXPECT_EQ(OpenKeyBlock(sealed.block, Password("Secret"), context, nullptr, nullptr),
+              kKeyBlockRefused);
+    EXPECT_FALSE(context);
+
+    // "FILE" still decrypts, but the master key area no longer matches its CRC.
+    dcf::KeyBlock damaged = sealed.block;
+    damaged[300] ^= 1;
+    EXPECT_EQ(OpenKeyBlock(damaged, Password("secret"), context, nullptr, nullptr),
+              kKeyBlockRefused);
+    EXPECT_FALSE(context);
+
+    // Primes with a password: the password route decides, and null primes never take the
+    // RSA route.
+    const std::array<std::uint32_t, 64> prime{3};
+    EXPECT_EQ(OpenKeyBlock(sealed.block, Password("secret"), context, prime.data(), prime.data()),
+              kKeyBlockOpened);
+    EXPECT_EQ(OpenKeyBlock(sealed.block, {}, context, prime.data(), nullptr), kKeyBlockRefused);
 }
 
 }  // namespace

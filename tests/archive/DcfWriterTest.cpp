@@ -9,7 +9,6 @@
 #include "archive/detail/DcfReader.h"
 #include "archive/detail/FileFormatSFX.h"
 #include "archive/detail/KeyBlockSealing.h"
-#include "archive/detail/SfxTrailer.h"
 #include "crypto/RandomPool.h"
 #include "tests/RecipientKey.h"
 #include "tests/archive/WriterFixture.h"
@@ -152,25 +151,19 @@ TEST_F(DcfWriterTest, ArchiveWithoutFilesKeepsItsFolders) {
     EXPECT_TRUE(fs::is_directory(Out() / "data" / "only"));
 }
 
-TEST_F(DcfWriterTest, SelfExtractingFilesCarryAnyStubAndOpenThroughTheirTrailer) {
+// The stub is copied whole, larger than any buffer, and the image opens behind it.
+TEST_F(DcfWriterTest, SelfExtractingFileCarriesTheStubAndOpensThroughItsTrailer) {
     AddFile("inside.txt", Text(5000, 2));
-    for (const std::size_t stubSize : {1, 100000}) {
-        SCOPED_TRACE(stubSize);
-        const Bytes stub = Noise(stubSize, 9);
-        const fs::path stubPath = folder_.Native() / "stub.bin";
-        WriteBytes(stubPath, stub);
-        DCCFileFormatSFX sfx(stubPath.u16string());
-        ASSERT_EQ(Write(sfx), FORMAT_OK);
-        const Bytes file = *ReadBytes(ArchivePath("archive.exe"));
-        EXPECT_TRUE(std::equal(stub.begin(), stub.end(), file.begin()));
-        SfxTrailerBytes trailer{};
-        std::copy(file.end() - 1024, file.end(), trailer.begin());
-        EXPECT_EQ(SfxImageSize(trailer), file.size() - stubSize - 1024);
-        EXPECT_TRUE(dcf::HasSignature(std::span(file).subspan(stubSize)));
-        ASSERT_EQ(Extract(sfx, ArchivePath("archive.exe"), u"secret"), FORMAT_OK);
-        ExpectExtractedTree();
-        fs::remove(stubPath);
-    }
+    const Bytes stub = Noise(100000, 9);
+    const fs::path stubPath = folder_.Native() / "stub.bin";
+    WriteBytes(stubPath, stub);
+    DCCFileFormatSFX sfx(stubPath.u16string());
+    ASSERT_EQ(Write(sfx), FORMAT_OK);
+    const Bytes file = *ReadBytes(ArchivePath("archive.exe"));
+    EXPECT_TRUE(std::equal(stub.begin(), stub.end(), file.begin()));
+    ASSERT_EQ(Extract(sfx, ArchivePath("archive.exe"), u"secret"), FORMAT_OK);
+    ExpectExtractedTree();
+    fs::remove(stubPath);
     EXPECT_EQ(LeftInFolder(), std::set<std::string>{"archive.exe"});
 }
 
@@ -229,11 +222,6 @@ TEST_F(DcfWriterKeyTest, SealedKeyBlocksAreNewEachTimeAndCarryTheLocalTime) {
     }
     EXPECT_LT(same, 20u);
     EXPECT_NE(firstKeys->MasterKeyArea, secondKeys->MasterKeyArea);
-    for (const dcf::KeyBlock* block : {&first, &second}) {
-        KeyContextPtr opened;
-        ASSERT_EQ(OpenKeyBlock(*block, password, opened, nullptr, nullptr), kKeyBlockOpened);
-        EXPECT_EQ(opened->MasterKeyArea, (block == &first ? firstKeys : secondKeys)->MasterKeyArea);
-    }
     // The creation time is the local wall clock in FILETIME ticks.
     const std::time_t now = std::time(nullptr);
     const std::tm local = *std::localtime(&now);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "archive/Archive.h"
+#include "archive/detail/FileFormatDCF.h"
 #include "tests/TestFolder.h"
 
 namespace {
@@ -117,6 +118,17 @@ TEST(SfxImage, IsFormatOfNeedsExtensionAndSignature) {
     }
     EXPECT_FALSE(sfx.IsFormatOf(plain));
     EXPECT_FALSE(IsSelfExtractingFile(plain));
+}
+
+TEST(FileFormat, ExtensionMatchIgnoresCaseAndNeedsTheWholeExtension) {
+    DCCFileFormatDCF dcf;
+    for (const char16_t* name : {u"archive.dcf", u"ARCHIVE.DCF", u".Dcf"}) {
+        EXPECT_TRUE(dcf.IsFormatOf(name));
+    }
+    for (const char16_t* name : {u"dcf", u"archive.dcf ", u"archive_dcf", u""}) {
+        EXPECT_FALSE(dcf.IsFormatOf(name));
+    }
+    EXPECT_EQ(FoldCase(u"\u00C9T\u00C9 \u0416 \u0401"), u"\u00E9t\u00E9 \u0436 \u0451");
 }
 
 }  // namespace

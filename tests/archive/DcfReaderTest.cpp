@@ -191,16 +191,21 @@ TEST_F(DcfReaderTest, CancelBetweenAndInsideEntries) {
     EXPECT_TRUE(fs::exists(Out() / "a"));
     EXPECT_FALSE(fs::exists(Out() / "b"));
 
-    ResetOut();
-    recorder_.cancel = 0;
+    // Inside b: two chunks are written, then the flag is up; workers that inflated more chunks
+    // of the batch must not write them.
     recorder_.cancelAfterFiles = -1;
-    recorder_.cancelAfterPercents = 2;  // two chunks of b are written, then the flag is up
-    EXPECT_EQ(Extract(image), FORMAT_CANCELLED);
-    EXPECT_EQ(ReadBytes(Out() / "a"), Bytes(10, 'a'));
-    const auto partial = ReadBytes(Out() / "b");
-    ASSERT_TRUE(partial.has_value());
-    EXPECT_EQ(*partial, Bytes(big.begin(), big.begin() + 2 * 2048));
-    EXPECT_EQ(format_.ExtractedFiles().size(), 1u);
+    for (const unsigned workers : {1u, 3u}) {
+        SCOPED_TRACE(workers);
+        ResetOut();
+        settings_.codecWorkers = workers;
+        recorder_.cancel = 0;
+        recorder_.percents.clear();
+        recorder_.cancelAfterPercents = 2;
+        EXPECT_EQ(Extract(image), FORMAT_CANCELLED);
+        EXPECT_EQ(ReadBytes(Out() / "a"), Bytes(10, 'a'));
+        EXPECT_EQ(ReadBytes(Out() / "b"), Bytes(big.begin(), big.begin() + 2 * 2048));
+        EXPECT_EQ(format_.ExtractedFiles().size(), 1u);
+    }
 }
 
 TEST_F(DcfReaderTest, FailureTableRowByRow) {
@@ -213,20 +218,16 @@ TEST_F(DcfReaderTest, FailureTableRowByRow) {
     EXPECT_EQ(format_.ExtractArchive(nullptr, &settings_), FORMAT_BAD_ARGUMENT);
     EXPECT_EQ(format_.ExtractArchive(&request_, nullptr), FORMAT_BAD_ARGUMENT);
 
-    EXPECT_EQ(Extract(Bytes(good.begin(), good.begin() + 1535)), FORMAT_FAILED);
     request_.sourcePath = folder_.Path(u"missing.dcf");
     EXPECT_EQ(format_.ExtractArchive(&request_, &settings_), FORMAT_FAILED);
     request_.sourcePath = folder_.Path(u"archive.dcf");
 
-    Bytes badSignature = good;
-    badSignature[0] ^= 1;
-    EXPECT_EQ(Extract(badSignature), FORMAT_FAILED);
-    Bytes badFolderHeader = good;
-    badFolderHeader[at[2] + 5] ^= 1;  // inside the encrypted "FOLDERCRYPT"
-    EXPECT_EQ(Extract(badFolderHeader), FORMAT_FAILED);
-    Bytes badEnd = good;
-    badEnd[at[3]] ^= 1;
-    EXPECT_EQ(Extract(badEnd), FORMAT_FAILED);
+    // The signature, the encrypted "FOLDERCRYPT", the end of the header.
+    for (const std::size_t offset : {std::size_t{0}, at[2] + 5, at[3]}) {
+        Bytes bad = good;
+        bad[offset] ^= 1;
+        EXPECT_EQ(Extract(bad), FORMAT_FAILED) << offset;
+    }
     EXPECT_EQ(FilesUnderOut(), 0u);
 
     request_.password = u"wrong";
@@ -240,14 +241,6 @@ TEST_F(DcfReaderTest, FailureTableRowByRow) {
     EXPECT_EQ(Extract(badFileHeader), FORMAT_FAILED);
     EXPECT_EQ(ReadBytes(Out() / "d" / "a"), Bytes(10, 'a'));
     EXPECT_FALSE(fs::exists(Out() / "d" / "b"));
-
-    // Damaged compressed data of the second file: the partial target stays.
-    fs::remove_all(Out() / "d");
-    Bytes badData = good;
-    badData[at[8] + 16 + 3] ^= 0x40;
-    EXPECT_EQ(Extract(badData), FORMAT_FAILED);
-    EXPECT_EQ(ReadBytes(Out() / "d" / "a"), Bytes(10, 'a'));
-    EXPECT_EQ(ReadBytes(Out() / "d" / "b"), Bytes{});
 }
 
 TEST_F(DcfReaderTest, HostileNamesAreRefusedBeforeAnythingIsWritten) {

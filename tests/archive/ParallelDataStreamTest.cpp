@@ -1,8 +1,8 @@
 // The data stream writer and reader with one, two and three codec workers: the writer's bytes do
-// not depend on the workers, zlib inflates every chunk and the reader reads them back; progress,
-// cancellation and failures come as with one worker; a batch of the reader never reaches into
-// the next entry unless it reads entries ahead, and then whatever the streams hold comes back
-// as read one by one.
+// not depend on the workers, zlib inflates every chunk and the reader reads them back; the
+// writer's cancellation comes as with one worker; a batch of the reader never reaches into the
+// next entry unless it reads entries ahead, and then whatever the streams hold comes back as read
+// one by one.
 #include <gtest/gtest.h>
 #include <zlib.h>
 
@@ -324,36 +324,6 @@ TEST_F(ParallelDataStreamTest, ReaderBatchStopsAtTheEntrysLastChunk) {
                   (std::vector<FormatResult>{FORMAT_OK, FORMAT_OK}));
         EXPECT_EQ(ReadAll(Out(0)), Bytes(large.begin(), large.begin() + largeSize));
         EXPECT_EQ(ReadAll(Out(1)), next);
-    }
-}
-
-TEST_F(ParallelDataStreamTest, ReaderProgressAndCancelComeAsWithOneWorker) {
-    recorder_.Attach(settings_);
-    const Bytes content = Content(90 * kPiece, 8);  // each chunk raises the percent
-    builder_.DataStream(content);
-    std::vector<std::uint32_t> single;
-    for (const unsigned workers : kWorkerCounts) {
-        SCOPED_TRACE(workers);
-        recorder_.cancel = 0;
-        recorder_.cancelAfterPercents = -1;
-        recorder_.percents.clear();
-        EXPECT_EQ(Read(builder_.Image(), {content.size()}, workers, false, content.size()).results,
-                  std::vector<FormatResult>{FORMAT_OK});
-        if (workers == 1) {
-            single = recorder_.percents;
-            EXPECT_EQ(single.size(), 90u);
-        } else {
-            EXPECT_EQ(recorder_.percents, single);
-        }
-
-        // The flag goes up while the 71st chunk's batch is in hand: nothing after the 70th
-        // chunk is written.
-        recorder_.percents.clear();
-        recorder_.cancelAfterPercents = 70;
-        EXPECT_EQ(Read(builder_.Image(), {content.size()}, workers, false, content.size()).results,
-                  std::vector<FormatResult>{FORMAT_CANCELLED});
-        EXPECT_EQ(recorder_.percents.size(), 70u);
-        EXPECT_EQ(ReadAll(Out(0)), Bytes(content.begin(), content.begin() + 70 * kPiece));
     }
 }
 

@@ -361,22 +361,12 @@ TEST_F(DcfReaderTest, TruncatedImagesLeaveWhatTheTablePromises) {
     // Records: preamble, key block, folder header, end of header, names, then the first file's
     // header, tag block and stream, then the second's header and stream. (Names longer than one
     // letter: under Wine the stream of a file "a" is "a:ZelTag5", which reads as a drive.)
-    tests::ImageBuilder builder(ImageSettings{});
-    builder.Preamble(OneCategoryBlock());
-    builder.KeyBlock();
-    const std::vector<std::u16string> files = {u"\\t\\first", u"\\t\\second"};
-    const Bytes names = dcf::EncodeNameBlock({u"\\t"}, files);
     const Bytes a = tests::Noise(5000, 21);
-    builder.FolderHeader({3, 2, 1, a.size() + 3, names.size()});
-    builder.EndOfHeader();
-    builder.NameBlock({u"\\t"}, files);
-    builder.FileHeader({a.size(), 1, dcf::RaisedTagBlockLength(OneCategoryBlock().size())});
-    builder.TagBlock(OneCategoryBlock());
-    builder.DataStream(a);
-    builder.FileHeader({3, 0, 0});
-    builder.DataStream(Bytes(3, 'b'));
-    const Bytes& image = builder.Image();
-    std::vector<std::size_t> borders = builder.Borders();
+    std::vector<std::size_t> borders;
+    const Bytes image = tests::BuildImage(
+        ImageSettings{}, {u"\\t"},
+        {{u"\\t\\first", a, OneCategoryBlock()}, {u"\\t\\second", Bytes(3, 'b'), {}}},
+        OneCategoryBlock(), &borders);
     ASSERT_EQ(borders.size(), 12u);  // a's stream is three chunks
     borders.erase(borders.begin() + 8, borders.begin() + 10);
     enum Record { kNames = 4, kHeaderA = 5, kStreamA = 7, kHeaderB = 8, kStreamB = 9 };

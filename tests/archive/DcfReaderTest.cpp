@@ -29,6 +29,15 @@ using tests::OneCategoryBlock;
 using tests::ReadBytes;
 namespace fs = std::filesystem;
 
+// The temporary files ("st...") a run left in `folder`.
+std::size_t Temporaries(const fs::path& folder) {
+    std::size_t found = 0;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        found += entry.path().filename().string().rfind("st", 0) == 0;
+    }
+    return found;
+}
+
 TEST_F(DcfReaderTest, SampleImageExtractsWithEventsProgressAndTags) {
     // One folder, a tagged file of 5000 bytes, an empty untagged file, 100-byte category blocks.
     Bytes categoryBlock = OneCategoryBlock();
@@ -326,13 +335,6 @@ TEST_F(DcfReaderTest, ArchiveThatContainsItselfReplacesItAtTheEndOnlyWhereAllowe
     const Bytes image =
         tests::BuildImage(ImageSettings{}, {},
                           {{u"\\archive.dcf", replacement, {}}, {u"\\other", Bytes(2, 'o'), {}}});
-    const auto leftovers = [this] {
-        std::size_t found = 0;
-        for (const auto& entry : fs::directory_iterator(folder_.Native())) {
-            found += entry.path().filename().string().rfind("st", 0) == 0;
-        }
-        return found;
-    };
 
     // Unless the caller allows it, the archive is never replaced, whatever the mode says; it is
     // not offered to the user either.
@@ -343,7 +345,7 @@ TEST_F(DcfReaderTest, ArchiveThatContainsItselfReplacesItAtTheEndOnlyWhereAllowe
         EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"), image);
         const std::string first = recorder_.events.empty() ? "" : recorder_.events.front();
         EXPECT_EQ(first, mode == OVERWRITE_SKIP ? "skip archive.dcf" : "");
-        EXPECT_EQ(leftovers(), 0u);
+        EXPECT_EQ(Temporaries(folder_.Native()), 0u);
     }
     // A second name of the archive is the archive too.
     std::error_code error;
@@ -580,15 +582,6 @@ TEST_F(DcfReaderTest, PendingReplacementOfTheArchiveItself) {
     const Bytes image = tests::BuildImage(
         ImageSettings{}, {}, {{u"\\archive.dcf", replacement, {}}, {u"\\other", Bytes(2, 'o'), {}}},
         {}, &at);
-    const auto strayTemporaries = [this] {
-        std::vector<Bytes> found;
-        for (const auto& entry : fs::directory_iterator(folder_.Native())) {
-            if (entry.path().filename().string().rfind("st", 0) == 0) {
-                found.push_back(*ReadBytes(entry.path()));
-            }
-        }
-        return found;
-    };
 
     // A failure that leaves the loop still carries the replacement out, where an open file can
     // be deleted; on Windows the archive stays and the replacement goes.
@@ -598,7 +591,7 @@ TEST_F(DcfReaderTest, PendingReplacementOfTheArchiveItself) {
     EXPECT_EQ(Extract(badHeader), FORMAT_FAILED);
     EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"),
               openFilesDeletable ? replacement : badHeader);
-    EXPECT_TRUE(strayTemporaries().empty());
+    EXPECT_EQ(Temporaries(folder_.Native()), 0u);
 
     // Two entries of the archive's name: the last takes its place, the first leaves nothing.
     if (openFilesDeletable) {
@@ -607,14 +600,14 @@ TEST_F(DcfReaderTest, PendingReplacementOfTheArchiveItself) {
             {{u"\\archive.dcf", Bytes(5, '1'), {}}, {u"\\archive.dcf", replacement, {}}});
         EXPECT_EQ(Extract(twice), FORMAT_OK);
         EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"), replacement);
-        EXPECT_TRUE(strayTemporaries().empty());
+        EXPECT_EQ(Temporaries(folder_.Native()), 0u);
     }
 
     // A run that ends directly leaves the archive as it is, and no temporary file.
     recorder_.cancelAfterFiles = 1;
     EXPECT_EQ(Extract(image), FORMAT_CANCELLED);
     EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"), image);
-    EXPECT_TRUE(strayTemporaries().empty());
+    EXPECT_EQ(Temporaries(folder_.Native()), 0u);
 }
 
 // Archives sealed for the test program's recipient.

@@ -179,32 +179,6 @@ protected:
         return back;
     }
 
-    // Writes the entries into the builder's image and reads them back with every worker count:
-    // each entry comes back whole, with its records and where it lies.
-    void ExpectEntriesReadBack(const std::vector<TestEntry>& entries) {
-        std::vector<std::size_t> starts;
-        for (const TestEntry& entry : entries) {
-            starts.push_back(AddEntry(builder_, entry));
-        }
-        std::vector<std::size_t> ends(starts.begin() + 1, starts.end());
-        ends.push_back(builder_.Size());
-        for (const unsigned workers : kWorkerCounts) {
-            SCOPED_TRACE(workers);
-            const ReadBack back =
-                Read(builder_.Image(), std::vector<std::size_t>(entries.size()), workers, true);
-            ASSERT_EQ(back.results, std::vector<FormatResult>(entries.size(), FORMAT_OK));
-            EXPECT_EQ(back.starts, starts);
-            EXPECT_EQ(back.ends, ends);
-            for (std::size_t i = 0; i < entries.size(); ++i) {
-                EXPECT_EQ(ReadAll(Out(i)), entries[i].content) << "entry " << i;
-                EXPECT_EQ(back.tags[i], entries[i].tagged
-                                            ? dcf::EncodeTagBlock(tests::OneCategoryBlock())
-                                            : Bytes{})
-                    << "entry " << i;
-            }
-        }
-    }
-
     tests::TestFolder folder_;
     tests::ImageBuilder builder_{tests::ImageSettings{}};
     tests::Recorder recorder_;
@@ -322,7 +296,26 @@ TEST_F(ParallelDataStreamTest, EntriesReadAheadComeBackWithTheirRecordsAndPlaces
     entries.insert(entries.begin() + 150, {Content(3 * 128 * kPiece + 5, 400), true});
     entries[10] = {Content(3 * kPiece, 50), false, 3 * kPiece};
     entries[25] = {Content(2 * kPiece + 9, 51), true, kPiece / 4};
-    ExpectEntriesReadBack(entries);
+    std::vector<std::size_t> starts;
+    for (const TestEntry& entry : entries) {
+        starts.push_back(AddEntry(builder_, entry));
+    }
+    std::vector<std::size_t> ends(starts.begin() + 1, starts.end());
+    ends.push_back(builder_.Size());
+    for (const unsigned workers : kWorkerCounts) {
+        SCOPED_TRACE(workers);
+        const ReadBack back =
+            Read(builder_.Image(), std::vector<std::size_t>(entries.size()), workers, true);
+        ASSERT_EQ(back.results, std::vector<FormatResult>(entries.size(), FORMAT_OK));
+        EXPECT_EQ(back.starts, starts);
+        EXPECT_EQ(back.ends, ends);
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            EXPECT_EQ(ReadAll(Out(i)), entries[i].content) << "entry " << i;
+            EXPECT_EQ(back.tags[i],
+                      entries[i].tagged ? dcf::EncodeTagBlock(tests::OneCategoryBlock()) : Bytes{})
+                << "entry " << i;
+        }
+    }
 }
 
 // A damaged header, a chunk that does not inflate and an image cut short, each behind entries

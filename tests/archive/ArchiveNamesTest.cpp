@@ -17,11 +17,6 @@ TEST(ArchiveNames, TargetRootLosesOneSeparator) {
     EXPECT_EQ(TargetRoot(u""), u"");
 }
 
-TEST(ArchiveNames, JoinTurnsBackslashesIntoTheSeparator) {
-    const std::u16string expected = std::u16string(u"out") + kSep + u"a" + kSep + u"b.txt";
-    EXPECT_EQ(JoinArchiveName(u"out", u"\\a\\b.txt"), expected);
-}
-
 TEST(ArchiveNames, PlainNamesPassAndHostileOnesDoNot) {
     for (const std::u16string_view name :
          {u"\\a", u"\\a\\b.txt", u"\\x..y", u"\\...a", u"\\\u00e9t\u00e9"}) {

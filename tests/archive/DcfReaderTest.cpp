@@ -2,16 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <map>
-#include <optional>
 
+#include "Common/Common/Endian.h"
 #include "Common/DataCategory/CategoryContainer.h"
 #include "archive/detail/ArchiveExtractRequest.h"
 #include "archive/detail/ArchiveNames.h"
+#include "archive/detail/DcfRecords.h"
 #include "archive/detail/FileFormatDCF.h"
 #include "platform/File.h"
 #include "platform/TaggedFile.h"
@@ -30,29 +29,25 @@ using tests::OneCategoryBlock;
 using tests::ReadBytes;
 namespace fs = std::filesystem;
 
-TEST_F(DcfReaderTest, SampleImageRecordByRecord) {
+// The temporary files ("st...") a run left in `folder`.
+std::size_t Temporaries(const fs::path& folder) {
+    std::size_t found = 0;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        found += entry.path().filename().string().rfind("st", 0) == 0;
+    }
+    return found;
+}
+
+TEST_F(DcfReaderTest, SampleImageExtractsWithEventsProgressAndTags) {
     // One folder, a tagged file of 5000 bytes, an empty untagged file, 100-byte category blocks.
     Bytes categoryBlock = OneCategoryBlock();
     categoryBlock.resize(100, 0);  // its own length field still says where it ends
     const Bytes content = tests::Noise(5000, 7);
-    tests::ImageBuilder builder(ImageSettings{});
-    builder.Preamble(categoryBlock);
-    builder.KeyBlock();
-    builder.FolderHeader({3, 2, 1, 5000, 96});
-    builder.EndOfHeader();
-    builder.NameBlock({u"\\docs"}, {u"\\docs\\a.txt", u"\\docs\\empty.txt"});
-    builder.FileHeader({5000, 1, 112});
-    builder.TagBlock(categoryBlock);
-    builder.DataStream(content);
-    builder.FileHeader({0, 0, 0});
-    builder.DataStream({});
-
-    struct Listener : DCIFileFormatCallback {
-        void OnFileExtracted(const std::u16string& path) override { paths.push_back(path); }
-        std::vector<std::u16string> paths;
-    } listener;
-    format_.SetCallback(&listener);
-    ASSERT_EQ(Extract(builder.Image()), FORMAT_OK);
+    ASSERT_EQ(Extract(tests::BuildImage(
+                  ImageSettings{}, {u"\\docs"},
+                  {{u"\\docs\\a.txt", content, categoryBlock}, {u"\\docs\\empty.txt", {}, {}}},
+                  categoryBlock)),
+              FORMAT_OK);
     EXPECT_EQ(ReadBytes(Out() / "docs" / "a.txt"), content);
     EXPECT_EQ(ReadBytes(Out() / "docs" / "empty.txt"), Bytes{});
     const std::u16string docs =
@@ -61,7 +56,6 @@ TEST_F(DcfReaderTest, SampleImageRecordByRecord) {
               (std::vector<std::u16string>{docs + u"a.txt", docs + u"empty.txt"}));
     EXPECT_EQ(recorder_.events, (std::vector<std::string>{"write a.txt", "done a.txt",
                                                           "write empty.txt", "done empty.txt"}));
-    EXPECT_EQ(listener.paths, format_.ExtractedFiles());
     // Progress rises strictly, ends at 100 after the last chunk and was told once per chunk.
     EXPECT_EQ(recorder_.percents, (std::vector<std::uint32_t>{40, 81, 100}));
 
@@ -82,6 +76,7 @@ TEST_F(DcfReaderTest, FormatVersionsZeroToFour) {
         ImageSettings settings;
         settings.formatVersion = version;
         // Versions other than 3 carry the tag flag without a tag block: it must not be read.
+        // Legacy streams tell progress at every (n / 100 + 1)-th block, risen or not.
         const Bytes image = tests::BuildImage(
             settings, {u"\\d"},
             {{u"\\d\\f.bin", content, OneCategoryBlock()}, {u"\\d\\g.bin", Bytes(17, 'g'), {}}});
@@ -89,13 +84,7 @@ TEST_F(DcfReaderTest, FormatVersionsZeroToFour) {
         ASSERT_EQ(Extract(image), FORMAT_OK);
         EXPECT_EQ(ReadBytes(Out() / "d" / "f.bin"), content);
         EXPECT_EQ(ReadBytes(Out() / "d" / "g.bin"), Bytes(17, 'g'));
-        if (version < 2) {
-            // Legacy streams tell progress at every (n / 100 + 1)-th block, risen or not:
-            // blocks 0, 2, ..., 186 of f.bin's 188, then both blocks of g.bin.
-            EXPECT_EQ(recorder_.percents.size(), 94u + 2u);
-        } else {
-            EXPECT_EQ(recorder_.percents.size(), 3u);  // two chunks of f.bin, one of g.bin
-        }
+        EXPECT_EQ(recorder_.percents.size(), version < 2 ? 94u + 2u : 3u);
         EXPECT_EQ(recorder_.percents.back(), 100u);
     }
 }
@@ -137,15 +126,6 @@ TEST_F(DcfReaderTest, FoldersListedBeforeTheirParentsAreMade) {
     EXPECT_EQ(ReadBytes(Out() / "a" / "b" / "f"), Bytes(5, 'f'));
 }
 
-TEST_F(DcfReaderTest, TargetPathWithFinalSeparator) {
-    request_.targetPath += platform::kPathSeparator;
-    ASSERT_EQ(Extract(tests::BuildImage(ImageSettings{}, {}, {{u"\\f", Bytes(4, 'q'), {}}})),
-              FORMAT_OK);
-    EXPECT_EQ(ReadBytes(Out() / "f"), Bytes(4, 'q'));
-    EXPECT_EQ(format_.ExtractedFiles().front(),
-              folder_.Path(u"out") + platform::kPathSeparator + u"f");
-}
-
 TEST_F(DcfReaderTest, SkipConsumesTheStreamAndMovesProgress) {
     const Bytes first = tests::Noise(6000, 11);
     const Bytes second = tests::Noise(3000, 12);
@@ -163,14 +143,11 @@ TEST_F(DcfReaderTest, SkipConsumesTheStreamAndMovesProgress) {
               (std::vector<std::string>{"skip first", "skip none", "write second", "done second"}));
     EXPECT_EQ(format_.ExtractedFiles().size(), 1u);
     const std::vector<std::uint32_t> skippedPercents = recorder_.percents;
-
     // Mode 100 replaces, an empty entry included; progress moves as it did for the skips.
     settings_.overwriteMode = OVERWRITE_REPLACE;
     recorder_.percents.clear();
     ASSERT_EQ(Extract(image), FORMAT_OK);
     EXPECT_EQ(recorder_.percents, skippedPercents);
-    EXPECT_EQ(format_.ExtractedFiles().size(), 3u);
-    EXPECT_EQ(ReadBytes(Out() / "first"), first);
     EXPECT_EQ(ReadBytes(Out() / "none"), Bytes{});
 }
 
@@ -223,21 +200,25 @@ TEST_F(DcfReaderTest, CancelBetweenAndInsideEntries) {
     EXPECT_TRUE(fs::exists(Out() / "a"));
     EXPECT_FALSE(fs::exists(Out() / "b"));
 
-    ResetOut();
-    recorder_.cancel = 0;
+    // Inside b: two chunks are written, then the flag is up; workers that inflated more chunks
+    // of the batch must not write them.
     recorder_.cancelAfterFiles = -1;
-    recorder_.cancelAfterPercents = 2;  // two chunks of b are written, then the flag is up
-    EXPECT_EQ(Extract(image), FORMAT_CANCELLED);
-    EXPECT_EQ(ReadBytes(Out() / "a"), Bytes(10, 'a'));
-    const auto partial = ReadBytes(Out() / "b");
-    ASSERT_TRUE(partial.has_value());
-    EXPECT_EQ(*partial, Bytes(big.begin(), big.begin() + 2 * 2048));
-    EXPECT_EQ(format_.ExtractedFiles().size(), 1u);
+    for (const unsigned workers : {1u, 3u}) {
+        SCOPED_TRACE(workers);
+        ResetOut();
+        settings_.codecWorkers = workers;
+        recorder_.cancel = 0;
+        recorder_.percents.clear();
+        recorder_.cancelAfterPercents = 2;
+        EXPECT_EQ(Extract(image), FORMAT_CANCELLED);
+        EXPECT_EQ(ReadBytes(Out() / "a"), Bytes(10, 'a'));
+        EXPECT_EQ(ReadBytes(Out() / "b"), Bytes(big.begin(), big.begin() + 2 * 2048));
+        EXPECT_EQ(format_.ExtractedFiles().size(), 1u);
+    }
 }
 
 TEST_F(DcfReaderTest, FailureTableRowByRow) {
-    // Records: preamble, key block, folder header, end of header, names, a, its stream, b, its
-    // stream.
+    // Records: preamble, key, folder header, end of header, names, a, its stream, b, its stream.
     std::vector<std::size_t> at;
     const Bytes good = tests::BuildImage(
         ImageSettings{}, {u"\\d"},
@@ -246,33 +227,21 @@ TEST_F(DcfReaderTest, FailureTableRowByRow) {
     EXPECT_EQ(format_.ExtractArchive(nullptr, &settings_), FORMAT_BAD_ARGUMENT);
     EXPECT_EQ(format_.ExtractArchive(&request_, nullptr), FORMAT_BAD_ARGUMENT);
 
-    EXPECT_EQ(Extract(Bytes(good.begin(), good.begin() + 1535)), FORMAT_FAILED);
     request_.sourcePath = folder_.Path(u"missing.dcf");
     EXPECT_EQ(format_.ExtractArchive(&request_, &settings_), FORMAT_FAILED);
     request_.sourcePath = folder_.Path(u"archive.dcf");
 
-    Bytes badSignature = good;
-    badSignature[0] ^= 1;
-    EXPECT_EQ(Extract(badSignature), FORMAT_FAILED);
-    Bytes badFolderHeader = good;
-    badFolderHeader[at[2] + 5] ^= 1;  // inside the encrypted "FOLDERCRYPT"
-    EXPECT_EQ(Extract(badFolderHeader), FORMAT_FAILED);
-    Bytes badEnd = good;
-    badEnd[at[3]] ^= 1;
-    EXPECT_EQ(Extract(badEnd), FORMAT_FAILED);
+    // The signature, the encrypted "FOLDERCRYPT", the end of the header.
+    for (const std::size_t offset : {std::size_t{0}, at[2] + 5, at[3]}) {
+        Bytes bad = good;
+        bad[offset] ^= 1;
+        EXPECT_EQ(Extract(bad), FORMAT_FAILED) << offset;
+    }
     EXPECT_EQ(FilesUnderOut(), 0u);
 
     request_.password = u"wrong";
     EXPECT_EQ(Extract(good), FORMAT_BAD_KEY);
-    request_.password = std::u16string(65, u'x');
-    EXPECT_EQ(Extract(good), FORMAT_BAD_KEY);
-    request_.password = u"";
-    EXPECT_EQ(Extract(good), FORMAT_BAD_KEY);
     request_.password = u"secret";
-    EXPECT_EQ(FilesUnderOut(), 0u);
-
-    // A name block cut short: success with nothing extracted.
-    EXPECT_EQ(Extract(Bytes(good.begin(), good.begin() + at[4] + 16)), FORMAT_OK);
     EXPECT_EQ(FilesUnderOut(), 0u);
 
     // The second file header damaged: the first file stays.
@@ -281,25 +250,10 @@ TEST_F(DcfReaderTest, FailureTableRowByRow) {
     EXPECT_EQ(Extract(badFileHeader), FORMAT_FAILED);
     EXPECT_EQ(ReadBytes(Out() / "d" / "a"), Bytes(10, 'a'));
     EXPECT_FALSE(fs::exists(Out() / "d" / "b"));
-
-    // The target can't be created: a folder stands where the second file goes.
-    fs::remove_all(Out() / "d");
-    fs::create_directories(Out() / "d" / "b");
-    EXPECT_EQ(Extract(good), FORMAT_TARGET_OPEN_FAILED);
-    EXPECT_EQ(ReadBytes(Out() / "d" / "a"), Bytes(10, 'a'));
-
-    // Damaged compressed data of the second file: the partial target stays.
-    fs::remove_all(Out() / "d");
-    Bytes badData = good;
-    badData[at[8] + 16 + 3] ^= 0x40;
-    EXPECT_EQ(Extract(badData), FORMAT_FAILED);
-    EXPECT_EQ(ReadBytes(Out() / "d" / "a"), Bytes(10, 'a'));
-    EXPECT_EQ(ReadBytes(Out() / "d" / "b"), Bytes{});
 }
 
 TEST_F(DcfReaderTest, HostileNamesAreRefusedBeforeAnythingIsWritten) {
-    // The rule itself is tested name by name with the archive names; here that the reader
-    // applies it to folders and files alike.
+    // The rule is tested name by name with the archive names; here that the reader applies it.
     const std::vector<std::u16string> hostile = {u"\\..\\f", u"\\a/../../f", u"\\c:\\f",
                                                  u"\\\\server\\share\\f"};
     for (const auto& name : hostile) {
@@ -309,7 +263,6 @@ TEST_F(DcfReaderTest, HostileNamesAreRefusedBeforeAnythingIsWritten) {
                       {{u"\\ok\\good", Bytes(3, 'g'), {}}, {name, Bytes(3, 'h'), {}}})),
                   FORMAT_FAILED);
         EXPECT_EQ(FilesUnderOut(), 0u);
-        // A hostile folder name is refused as well.
         EXPECT_EQ(Extract(tests::BuildImage(ImageSettings{}, {name}, {})), FORMAT_FAILED);
         EXPECT_EQ(FilesUnderOut(), 0u);
     }
@@ -382,13 +335,6 @@ TEST_F(DcfReaderTest, ArchiveThatContainsItselfReplacesItAtTheEndOnlyWhereAllowe
     const Bytes image =
         tests::BuildImage(ImageSettings{}, {},
                           {{u"\\archive.dcf", replacement, {}}, {u"\\other", Bytes(2, 'o'), {}}});
-    const auto leftovers = [this] {
-        std::size_t found = 0;
-        for (const auto& entry : fs::directory_iterator(folder_.Native())) {
-            found += entry.path().filename().string().rfind("st", 0) == 0;
-        }
-        return found;
-    };
 
     // Unless the caller allows it, the archive is never replaced, whatever the mode says; it is
     // not offered to the user either.
@@ -399,7 +345,7 @@ TEST_F(DcfReaderTest, ArchiveThatContainsItselfReplacesItAtTheEndOnlyWhereAllowe
         EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"), image);
         const std::string first = recorder_.events.empty() ? "" : recorder_.events.front();
         EXPECT_EQ(first, mode == OVERWRITE_SKIP ? "skip archive.dcf" : "");
-        EXPECT_EQ(leftovers(), 0u);
+        EXPECT_EQ(Temporaries(folder_.Native()), 0u);
     }
     // A second name of the archive is the archive too.
     std::error_code error;
@@ -411,42 +357,18 @@ TEST_F(DcfReaderTest, ArchiveThatContainsItselfReplacesItAtTheEndOnlyWhereAllowe
         EXPECT_NE(ReadBytes(folder_.Native() / "archive.dcf"), replacement);
         fs::remove(folder_.Native() / "alias");
     }
-
-    request_.mayReplaceSource = true;
-    fs::remove(folder_.Native() / "other");
-    settings_.overwriteMode = OVERWRITE_ASK;
-    settings_.onFileExists = nullptr;  // would end the run if it were asked
-    recorder_.events.clear();
-    ASSERT_EQ(Extract(image), FORMAT_OK);
-    // Told by the temporary name under which it waits for the end of the run.
-    EXPECT_EQ(recorder_.events[0].rfind("write st", 0), 0u) << recorder_.events[0];
-    // Where an open file cannot be deleted (Windows), the archive stays and the replacement goes.
-    const bool openFilesDeletable = platform::kPathSeparator == u'/';
-    EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf") == replacement, openFilesDeletable);
-    EXPECT_EQ(ReadBytes(folder_.Native() / "other"), Bytes(2, 'o'));
-    EXPECT_EQ(leftovers(), 0u);
 }
 
 TEST_F(DcfReaderTest, TruncatedImagesLeaveWhatTheTablePromises) {
     // Records: preamble, key block, folder header, end of header, names, then the first file's
     // header, tag block and stream, then the second's header and stream. (Names longer than one
     // letter: under Wine the stream of a file "a" is "a:ZelTag5", which reads as a drive.)
-    tests::ImageBuilder builder(ImageSettings{});
-    builder.Preamble(OneCategoryBlock());
-    builder.KeyBlock();
-    const std::vector<std::u16string> files = {u"\\t\\first", u"\\t\\second"};
-    const Bytes names = dcf::EncodeNameBlock({u"\\t"}, files);
     const Bytes a = tests::Noise(5000, 21);
-    builder.FolderHeader({3, 2, 1, a.size() + 3, names.size()});
-    builder.EndOfHeader();
-    builder.NameBlock({u"\\t"}, files);
-    builder.FileHeader({a.size(), 1, dcf::RaisedTagBlockLength(OneCategoryBlock().size())});
-    builder.TagBlock(OneCategoryBlock());
-    builder.DataStream(a);
-    builder.FileHeader({3, 0, 0});
-    builder.DataStream(Bytes(3, 'b'));
-    const Bytes& image = builder.Image();
-    std::vector<std::size_t> borders = builder.Borders();
+    std::vector<std::size_t> borders;
+    const Bytes image = tests::BuildImage(
+        ImageSettings{}, {u"\\t"},
+        {{u"\\t\\first", a, OneCategoryBlock()}, {u"\\t\\second", Bytes(3, 'b'), {}}},
+        OneCategoryBlock(), &borders);
     ASSERT_EQ(borders.size(), 12u);  // a's stream is three chunks
     borders.erase(borders.begin() + 8, borders.begin() + 10);
     enum Record { kNames = 4, kHeaderA = 5, kStreamA = 7, kHeaderB = 8, kStreamB = 9 };
@@ -482,6 +404,210 @@ TEST_F(DcfReaderTest, TruncatedImagesLeaveWhatTheTablePromises) {
             }
         }
     }
+}
+
+// An image of one file whose records up to the file header are given, with the stream left to
+// the caller: the folder header says what `header` holds whatever the names are.
+tests::ImageBuilder OneFileImage(const dcf::FolderHeader& header, const dcf::FileHeader& file,
+                                 const ImageSettings& settings = {}) {
+    tests::ImageBuilder builder(settings);
+    builder.Preamble({});
+    builder.KeyBlock();
+    builder.FolderHeader(header);
+    if (dcf::HasEndOfHeaderBlock(header.formatVersion)) {
+        builder.EndOfHeader();
+    }
+    builder.NameBlock({}, {u"\\f"});
+    builder.FileHeader(file);
+    return builder;
+}
+
+constexpr std::uint64_t kOneFileNames = 32;  // "\f" and its terminator, raised to 16 units
+
+TEST_F(DcfReaderTest, LengthsAndCountsBeyondTheImageAreRefused) {
+    struct Case {
+        const char* what;
+        dcf::FolderHeader header;
+        dcf::FileHeader file;
+        FormatResult expected;
+    };
+    const std::uint64_t pieces31 = std::uint64_t{1} << 31;
+    const Case cases[] = {
+        {"name block over 32 bits", {3, 1, 0, 3, std::uint64_t{1} << 32}, {3}, FORMAT_FAILED},
+        // Longer than the file: the name block is unreadable, which extracts nothing.
+        {"name block past the end", {3, 1, 0, 3, 1u << 30}, {3}, FORMAT_OK},
+        {"more files than names", {3, 3, 0, 3, kOneFileNames}, {3}, FORMAT_FAILED},
+        {"more folders than names", {3, 1, 4, 3, kOneFileNames}, {3}, FORMAT_FAILED},
+        {"tag block past the end", {3, 1, 0, 3, kOneFileNames}, {3, 1, 1ull << 40}, FORMAT_FAILED},
+        {"tag block not whole blocks", {3, 1, 0, 3, kOneFileNames}, {3, 1, 17}, FORMAT_FAILED},
+        {"2^31 pieces", {3, 1, 0, 0, kOneFileNames}, {pieces31 * 2048}, FORMAT_FAILED},
+        {"2^31 legacy blocks", {1, 1, 0, 0, kOneFileNames}, {pieces31 * 16}, FORMAT_FAILED},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        ResetOut();
+        tests::ImageBuilder builder = OneFileImage(c.header, c.file);
+        builder.DataStream(Bytes(3, 'x'));
+        EXPECT_EQ(Extract(builder.Image()), c.expected);
+        EXPECT_FALSE(fs::exists(Out() / "f") && fs::file_size(Out() / "f") != 0);
+    }
+}
+
+TEST_F(DcfReaderTest, PreambleIsReadByItsLengthAlone) {
+    std::vector<std::size_t> at;
+    const Bytes image = tests::BuildImage(ImageSettings{}, {}, {{u"\\f", Bytes(5, 'p'), {}}},
+                                          OneCategoryBlock(), &at);
+    // L = 0: the key block follows the length field at once.
+    Bytes bare(image.begin(), image.begin() + dcf::kPreambleHeadSize);
+    Zelmarik::StoreBig<std::uint32_t>(bare.data() + dcf::kSignatureSize, 0);
+    bare.insert(bare.end(), image.begin() + at[1], image.end());
+    ASSERT_EQ(Extract(bare), FORMAT_OK);
+    EXPECT_EQ(ReadBytes(Out() / "f"), Bytes(5, 'p'));
+
+    // Neither a lost start marker nor a damaged category block fails the archive.
+    for (const std::size_t offset : {dcf::kPreambleHeadSize, dcf::kPreambleHeadSize + 12}) {
+        Bytes damaged = image;
+        damaged[offset] ^= 0x55;
+        ResetOut();
+        ASSERT_EQ(Extract(damaged), FORMAT_OK);
+        EXPECT_EQ(ReadBytes(Out() / "f"), Bytes(5, 'p'));
+    }
+
+    // An L that runs past the file is a failed read.
+    Bytes overlong = image;
+    Zelmarik::StoreBig<std::uint32_t>(overlong.data() + dcf::kSignatureSize, 0xFFFFFFF0u);
+    ResetOut();
+    EXPECT_EQ(Extract(overlong), FORMAT_FAILED);
+    EXPECT_EQ(FilesUnderOut(), 0u);
+}
+
+// 1280·B is the bound before and after decompression: a length field below it is read, one at
+// it is refused even when its bytes are there and would decompress (they would not fit the
+// slot); a chunk that decompresses to one byte more than the bound is refused.
+TEST_F(DcfReaderTest, ChunksAtTheReadersBounds) {
+    const std::size_t bound = dcf::kMaxChunkBlocks * 16;
+    const Bytes full(bound, 'z');
+    // A zlib stream ends by itself: the bytes behind it in the chunk are ignored.
+    Bytes padded = tests::Compress(full);
+    padded.resize(bound, 0xA5);
+    struct Row {
+        std::uint32_t lengthField;
+        Bytes stored;
+        Bytes content;
+        FormatResult expected;
+    };
+    const Row rows[] = {
+        {static_cast<std::uint32_t>(bound - 1), Bytes(padded.begin(), padded.end() - 1), full,
+         FORMAT_OK},
+        {static_cast<std::uint32_t>(bound), padded, full, FORMAT_FAILED},
+        {0xFFFFFFFFu, Bytes(64, 0), Bytes(100, 'z'), FORMAT_FAILED},
+        {0, tests::Compress(Bytes(bound + 1, 'y')), Bytes(bound + 1, 'y'), FORMAT_FAILED},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.lengthField);
+        ResetOut();
+        const std::size_t size = row.content.size();
+        tests::ImageBuilder builder = OneFileImage({3, 1, 0, size, kOneFileNames}, {size});
+        builder.StartStream();
+        builder.Chunk(
+            row.lengthField != 0 ? row.lengthField : static_cast<std::uint32_t>(row.stored.size()),
+            row.stored);
+        ASSERT_EQ(Extract(builder.Image()), row.expected);
+        if (row.expected == FORMAT_OK) {
+            EXPECT_EQ(ReadBytes(Out() / "f"), row.content);
+        }
+    }
+}
+
+TEST_F(DcfReaderTest, LegacyStreamCornersAndItsDeafnessToCancel) {
+    ImageSettings settings;
+    settings.formatVersion = 1;
+    // An empty file still has one block, a size at a multiple of B one more block than it needs;
+    // the next entry must follow each at once.
+    const Bytes sixteen = tests::Noise(16, 61);
+    const Bytes image = tests::BuildImage(settings, {},
+                                          {{u"\\empty", {}, {}},
+                                           {u"\\sixteen", sixteen, {}},
+                                           {u"\\odd", Bytes(33, 'o'), {}},
+                                           {u"\\last", Bytes(2, 'l'), {}}});
+    ASSERT_EQ(Extract(image), FORMAT_OK);
+    EXPECT_EQ(ReadBytes(Out() / "empty"), Bytes{});
+    EXPECT_EQ(ReadBytes(Out() / "sixteen"), sixteen);
+    EXPECT_EQ(ReadBytes(Out() / "odd"), Bytes(33, 'o'));
+    EXPECT_EQ(ReadBytes(Out() / "last"), Bytes(2, 'l'));
+
+    // A legacy stream runs to its end whatever the flag says; the next entry sees it.
+    ResetOut();
+    const Bytes big = tests::Noise(3000, 62);
+    const Bytes two = tests::BuildImage(settings, {}, {{u"\\a", big, {}}, {u"\\b", big, {}}});
+    recorder_.percents.clear();
+    recorder_.cancelAfterPercents = 1;
+    EXPECT_EQ(Extract(two), FORMAT_CANCELLED);
+    EXPECT_EQ(ReadBytes(Out() / "a"), big);
+    EXPECT_FALSE(fs::exists(Out() / "b"));
+}
+
+TEST_F(DcfReaderTest, FailedTaggingLeavesTheFileAndTheRunGoesOn) {
+    // More categories than an extended attribute can hold: the tagger fails where streams are
+    // attributes; where they are streams the tagging succeeds.
+    Zelmarik::CCategoryContainer many;
+    for (std::uint32_t i = 0; i < 5000; ++i) {
+        Zelmarik::CDlpCategory category;
+        std::array<std::uint8_t, 16> id{0xC0};
+        Zelmarik::StoreLittle<std::uint32_t>(id.data() + 4, i);
+        category.Id = Zelmarik::CGuid(id);
+        many.Add(category);
+    }
+    const Zelmarik::Blob blob = Zelmarik::WriteCategoryBlock(many);
+    const Bytes block(blob.Data(), blob.Data() + blob.Size());
+    const Bytes image = tests::BuildImage(
+        ImageSettings{}, {}, {{u"\\tagged", Bytes(6, 't'), block}, {u"\\next", Bytes(2, 'n'), {}}});
+    ASSERT_EQ(Extract(image), FORMAT_OK);
+    EXPECT_EQ(ReadBytes(Out() / "tagged"), Bytes(6, 't'));
+    EXPECT_EQ(ReadBytes(Out() / "next"), Bytes(2, 'n'));
+    EXPECT_EQ(format_.ExtractedFiles().size(), 2u);
+    if (platform::kPathSeparator == u'/') {
+        // The attribute keeps what went in before the tagger gave up.
+        std::vector<std::uint8_t> stream;
+        platform::ReadTagStream(folder_.Path(u"out/tagged:ZelTag5"), stream);
+        EXPECT_LT(stream.size(), many.Categories.size() * 16);
+    }
+}
+
+TEST_F(DcfReaderTest, PendingReplacementOfTheArchiveItself) {
+    request_.targetPath = folder_.Root();
+    request_.mayReplaceSource = true;
+    const Bytes replacement(50, 'r');
+    std::vector<std::size_t> at;
+    const Bytes image = tests::BuildImage(
+        ImageSettings{}, {}, {{u"\\archive.dcf", replacement, {}}, {u"\\other", Bytes(2, 'o'), {}}},
+        {}, &at);
+
+    // A failure that leaves the loop still carries the replacement out, where an open file can
+    // be deleted; on Windows the archive stays and the replacement goes.
+    const bool openFilesDeletable = platform::kPathSeparator == u'/';
+    Bytes badHeader = image;
+    badHeader[at[7] + 9] ^= 1;  // records: ..., names, the archive's entry, other's header
+    EXPECT_EQ(Extract(badHeader), FORMAT_FAILED);
+    EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"),
+              openFilesDeletable ? replacement : badHeader);
+    EXPECT_EQ(Temporaries(folder_.Native()), 0u);
+
+    // Two entries of the archive's name: the last takes its place, the first leaves nothing.
+    if (openFilesDeletable) {
+        const Bytes twice = tests::BuildImage(
+            ImageSettings{}, {},
+            {{u"\\archive.dcf", Bytes(5, '1'), {}}, {u"\\archive.dcf", replacement, {}}});
+        EXPECT_EQ(Extract(twice), FORMAT_OK);
+        EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"), replacement);
+        EXPECT_EQ(Temporaries(folder_.Native()), 0u);
+    }
+
+    // A run that ends directly leaves the archive as it is, and no temporary file.
+    recorder_.cancelAfterFiles = 1;
+    EXPECT_EQ(Extract(image), FORMAT_CANCELLED);
+    EXPECT_EQ(ReadBytes(folder_.Native() / "archive.dcf"), image);
+    EXPECT_EQ(Temporaries(folder_.Native()), 0u);
 }
 
 // Archives sealed for the test program's recipient.
@@ -525,9 +651,6 @@ TEST_F(DcfReaderKeyTest, PasswordTakesPrecedenceAndZeroNumbersMeanNoKey) {
 
     request_.password.Clear();
     request_.securityKey.PrivateKey->Numbers[3].fill(0);
-    EXPECT_EQ(Extract(image), FORMAT_BAD_KEY);
-    request_.securityKey = key;
-    request_.securityKey.Flags &= ~Zelmarik::KeyHasPrivate;
     EXPECT_EQ(Extract(image), FORMAT_BAD_KEY);
     // A key of another recipient: the message shows no "FILE".
     ResetOut();
@@ -577,14 +700,9 @@ TEST_F(DcfInspectTest, WalksEveryEntryAndWritesNothing) {
     ASSERT_EQ(Inspect(image, report), FORMAT_OK);
     EXPECT_EQ(FilesUnderOut(), 0u);
     EXPECT_TRUE(report.keysOpened && report.headerRead && report.namesRead);
-    EXPECT_EQ(report.suiteId, 1u);
-    EXPECT_EQ(report.formatVersion, 3);
     EXPECT_EQ(report.totalSize, 5020u);
-    EXPECT_EQ(report.folders, std::vector<std::u16string>{u"\\d"});
     ASSERT_EQ(report.entries.size(), 2u);
     EXPECT_EQ(report.entries[0].name, u"\\d\\a");
-    EXPECT_EQ(report.entries[0].size, 5000u);
-    EXPECT_TRUE(report.entries[0].tagged);
     EXPECT_EQ(report.entries[0].categories.Categories.size(), 1u);
     EXPECT_FALSE(report.entries[1].tagged);
     EXPECT_EQ(recorder_.percents.back(), 100u);

@@ -1,55 +1,18 @@
-// The record rules the known-answer archives do not pin: the layouts themselves are matched byte
-// for byte there.
+// The record rules the known-answer archives do not pin (the layouts and the RSA message are
+// matched byte for byte there), and the key block's refusals.
 #include "archive/detail/DcfRecords.h"
 
 #include <gtest/gtest.h>
 
-#include <numeric>
+#include <cstring>
 #include <vector>
+
+#include "archive/detail/KeyContext.h"
+#include "tests/archive/ImageBuilder.h"
 
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-Bytes Sequence(std::size_t size, std::uint8_t first) {
-    Bytes bytes(size);
-    std::iota(bytes.begin(), bytes.end(), first);
-    return bytes;
-}
-
-Bytes Slice(std::span<const std::uint8_t> bytes, std::size_t offset, std::size_t size) {
-    return Bytes(bytes.begin() + offset, bytes.begin() + offset + size);
-}
-
-bool AllZero(std::span<const std::uint8_t> bytes) {
-    return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t b) { return b == 0; });
-}
-
-TEST(DcfRecords, RsaMessageMovesTheMasterKeyAreaByVersion) {
-    dcf::KeyBlock block{};
-    const Bytes salt = Sequence(64, 0x40);
-    std::copy(salt.begin(), salt.end(), block.begin());
-    dcf::StoreKeyBlockFields(block, {});
-    const Bytes masterKey = Sequence(256, 0x80);
-    std::copy(masterKey.begin(), masterKey.end(), block.begin() + 256);
-
-    dcf::RsaMessage message{};
-    dcf::BuildRsaMessage(block, message);
-    EXPECT_EQ(Slice(message, 0, 252), Slice(block, 0, 252));
-    EXPECT_EQ(Slice(message, 252, 256), masterKey);
-    EXPECT_TRUE(AllZero(Slice(message, 508, 4)));  // the most significant word stays zero
-
-    dcf::RestoreMasterKeyPosition(message);
-    EXPECT_EQ(Slice(message, 256, 256), masterKey);
-    EXPECT_EQ(Slice(message, 64, 28), Slice(block, 64, 28));
-
-    // Version 1 keeps the area in place.
-    dcf::RsaMessage legacy{};
-    std::copy_n(block.begin(), 512, legacy.begin());
-    legacy[dcf::kVersionOffset + 1] = 1;
-    dcf::RestoreMasterKeyPosition(legacy);
-    EXPECT_EQ(Slice(legacy, 256, 256), masterKey);
-}
 
 TEST(DcfRecords, PasswordBytesAreLowBytesUpToSixtyFour) {
     const auto bytes = dcf::PasswordBytes(u"p\u0141ss");
@@ -65,53 +28,15 @@ TEST(DcfRecords, PasswordBytesAreLowBytesUpToSixtyFour) {
     EXPECT_TRUE(dcf::PasswordBytes(u"")->empty());
 }
 
-TEST(DcfRecords, FormatVersionsDecideTheRecords) {
-    struct Row {
-        std::uint8_t version;
-        bool endOfHeader, tagBlock, chunks;
-    };
-    for (const Row row :
-         {Row{0, false, false, false}, Row{1, false, false, false}, Row{2, false, false, true},
-          Row{3, true, true, true}, Row{4, true, false, true}, Row{255, true, false, true}}) {
-        SCOPED_TRACE(row.version);
-        EXPECT_EQ(dcf::HasEndOfHeaderBlock(row.version), row.endOfHeader);
-        EXPECT_EQ(dcf::ReadsTagBlock(row.version), row.tagBlock);
-        EXPECT_EQ(dcf::UsesChunks(row.version), row.chunks);
-    }
-}
-
-TEST(DcfRecords, EndOfHeaderComparesFourCharacters) {
-    std::array<std::uint8_t, dcf::kEndOfHeaderSize> record{};
-    record.fill(0xAA);
-    dcf::EncodeEndOfHeader(record);
-    EXPECT_EQ(Slice(record, 0, 16),
-              (Bytes{'S', 'E', 'N', 'D', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
-    record[9] = 0x55;  // only the first four bytes are compared
-    EXPECT_TRUE(dcf::IsEndOfHeader(record));
-    record[3] = 'T';
-    EXPECT_FALSE(dcf::IsEndOfHeader(record));
-}
-
-TEST(DcfRecords, NameBlockRaiseRuleAndParsing) {
-    EXPECT_EQ(dcf::RaisedNameUnits(34), 48u);
-    EXPECT_EQ(dcf::RaisedNameUnits(16), 32u);  // a multiple of 16 gains 16 more
-    EXPECT_EQ(dcf::RaisedNameUnits(0), 16u);
-    EXPECT_EQ(dcf::RaisedNameUnits(15), 16u);
-
+TEST(DcfRecords, NameBlockParsingAndItsBounds) {
     const std::vector<std::u16string> folders = {u"\\docs"};
     const std::vector<std::u16string> files = {u"\\docs\\a.txt", u"\\docs\\empty.txt"};
     const Bytes block = dcf::EncodeNameBlock(folders, files);
     ASSERT_EQ(block.size(), 96u);  // 6 + 12 + 16 = 34 units, raised to 48
-    EXPECT_EQ(Slice(block, 0, 12), (Bytes{'\\', 0, 'd', 0, 'o', 0, 'c', 0, 's', 0, 0, 0}));
-    EXPECT_TRUE(AllZero(Slice(block, 68, 28)));
-
     const auto lists = dcf::ParseNameBlock(block, 1, 2);
     ASSERT_TRUE(lists.has_value());
     EXPECT_EQ(lists->folders, folders);
     EXPECT_EQ(lists->files, files);
-
-    // Exactly 16 units: "\abcdefghijklmn" with its terminator.
-    EXPECT_EQ(dcf::EncodeNameBlock({}, {u"\\abcdefghijklmn"}).size(), 64u);
 
     // Counts beyond the names: the fill gives empty names until the block ends, then nothing.
     const auto filled = dcf::ParseNameBlock(block, 1, 16);
@@ -120,34 +45,17 @@ TEST(DcfRecords, NameBlockRaiseRuleAndParsing) {
     EXPECT_FALSE(dcf::ParseNameBlock(block, 1, 17).has_value());
     EXPECT_FALSE(dcf::ParseNameBlock(block, 0xFFFFFFFF, 0xFFFFFFFF).has_value());
     // A name that runs into the end of the block without its terminator.
-    EXPECT_FALSE(dcf::ParseNameBlock(Slice(block, 0, 8), 1, 0).has_value());
-    EXPECT_FALSE(dcf::ParseNameBlock(Slice(block, 0, 7), 1, 0).has_value());
+    EXPECT_FALSE(dcf::ParseNameBlock(std::span(block).first(8), 1, 0).has_value());
+    EXPECT_FALSE(dcf::ParseNameBlock(std::span(block).first(7), 1, 0).has_value());
 }
 
-TEST(DcfRecords, TagBlockIsRaisedToWholeBlocks) {
-    EXPECT_EQ(dcf::RaisedTagBlockLength(100), 112u);
-    EXPECT_EQ(dcf::RaisedTagBlockLength(112), 112u);
-    EXPECT_EQ(dcf::RaisedTagBlockLength(8), 16u);
-    const Bytes tag = dcf::EncodeTagBlock(Sequence(100, 1));
-    ASSERT_EQ(tag.size(), 112u);
-    EXPECT_TRUE(AllZero(Slice(tag, 100, 12)));
-}
-
-TEST(DcfRecords, ChunkAndPieceCounts) {
-    EXPECT_EQ(dcf::PieceSize(16), 2048u);
-    EXPECT_EQ(dcf::PieceSize(8), 1024u);
-    EXPECT_EQ(dcf::PieceCount(5000, 16), 3u);
+// Off-by-one faults at the borders of pieces, chunks and the 2^31 limits.
+TEST(DcfRecords, ChunkAndPieceCountsAtTheirBorders) {
     EXPECT_EQ(dcf::PieceCount(2048, 16), 1u);  // no empty last piece
-    EXPECT_EQ(dcf::PieceCount(4096, 16), 2u);
+    EXPECT_EQ(dcf::PieceCount(2049, 16), 2u);
     EXPECT_EQ(dcf::PieceCount(0, 16), 0u);
-
-    // The sample's chunks: 700, 710 and 333 compressed bytes.
-    EXPECT_EQ(dcf::ChunkDataBlocks(700, 16), 44u);
-    EXPECT_EQ(dcf::ChunkStoredSize(700, 16), 720u);
-    EXPECT_EQ(dcf::ChunkStoredSize(710, 16), 736u);
-    EXPECT_EQ(dcf::ChunkStoredSize(333, 16), 352u);
+    EXPECT_EQ(dcf::ChunkDataBlocks(31, 16), 2u);
     EXPECT_EQ(dcf::ChunkDataBlocks(32, 16), 3u);  // C at a multiple of B gains a zero block
-
     EXPECT_EQ(dcf::LegacyBlockCount(0, 16), 1u);
     EXPECT_EQ(dcf::LegacyBlockCount(16, 16), 2u);
     EXPECT_EQ(dcf::LegacyBlockCount(17, 8), 3u);
@@ -157,12 +65,42 @@ TEST(DcfRecords, ChunkAndPieceCounts) {
     EXPECT_FALSE(dcf::PieceCountFits(pieceLimit, 16));
     EXPECT_TRUE(dcf::LegacyBlockCountFits((std::uint64_t{1} << 31) * 16 - 17, 16));
     EXPECT_FALSE(dcf::LegacyBlockCountFits((std::uint64_t{1} << 31) * 16 - 16, 16));
+}
 
-    std::array<std::uint8_t, 16> lengthBlock;
-    lengthBlock.fill(0xFF);
-    dcf::EncodeChunkLength(0x01020304, lengthBlock);
-    EXPECT_EQ(Slice(lengthBlock, 0, 16), (Bytes{4, 3, 2, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(dcf::DecodeChunkLength(lengthBlock), 0x01020304u);
+// The key block of an image made with `settings`, and the keys it must open to.
+struct SealedKeyBlock {
+    explicit SealedKeyBlock(const tests::ImageSettings& settings) : builder(settings) {
+        builder.KeyBlock();
+        std::copy_n(builder.Image().begin(), dcf::kKeyBlockSize, block.begin());
+    }
+    tests::ImageBuilder builder;
+    dcf::KeyBlock block{};
+};
+
+std::span<const std::uint8_t> Password(const char* text) {
+    return {reinterpret_cast<const std::uint8_t*>(text), std::strlen(text)};
+}
+
+TEST(KeyContext, WrongPasswordAndDamagedMasterKeyAreaAreRefused) {
+    const SealedKeyBlock sealed{tests::ImageSettings{}};
+    KeyContextPtr context;
+    EXPECT_EQ(OpenKeyBlock(sealed.block, Password("Secret"), context, nullptr, nullptr),
+              kKeyBlockRefused);
+    EXPECT_FALSE(context);
+
+    // "FILE" still decrypts, but the master key area no longer matches its CRC.
+    dcf::KeyBlock damaged = sealed.block;
+    damaged[300] ^= 1;
+    EXPECT_EQ(OpenKeyBlock(damaged, Password("secret"), context, nullptr, nullptr),
+              kKeyBlockRefused);
+    EXPECT_FALSE(context);
+
+    // Primes with a password: the password route decides, and null primes never take the
+    // RSA route.
+    const std::array<std::uint32_t, 64> prime{3};
+    EXPECT_EQ(OpenKeyBlock(sealed.block, Password("secret"), context, prime.data(), prime.data()),
+              kKeyBlockOpened);
+    EXPECT_EQ(OpenKeyBlock(sealed.block, {}, context, prime.data(), nullptr), kKeyBlockRefused);
 }
 
 }  // namespace

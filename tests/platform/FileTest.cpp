@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/Module.h"
-#include "platform/SystemRandom.h"
 #include "platform/Text.h"
 #include "tests/TestFolder.h"
 
@@ -126,21 +124,6 @@ TEST(PlatformFile, TempFilesAreUniqueAndInTheFolder) {
     const std::u16string name = first.substr(first.find_last_of(platform::kPathSeparator) + 1);
     EXPECT_EQ(name.substr(0, 2), u"st");
     EXPECT_EQ(name.substr(name.size() - 4), u".tmp");
-}
-
-TEST(PlatformModule, KnowsItsOwnPath) {
-    const std::u16string path = platform::ModulePath();
-    ASSERT_FALSE(path.empty());
-    EXPECT_TRUE(platform::PathExists(path));
-    EXPECT_NE(path.find(u"platform_tests"), std::u16string::npos);
-}
-
-TEST(PlatformRandom, FillsAndVaries) {
-    unsigned char a[64] = {};
-    unsigned char b[64] = {};
-    ASSERT_TRUE(platform::SystemRandom(a, sizeof a));
-    ASSERT_TRUE(platform::SystemRandom(b, sizeof b));
-    EXPECT_NE(std::string(a, a + 64), std::string(b, b + 64));
 }
 
 }  // namespace

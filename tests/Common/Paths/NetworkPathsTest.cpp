@@ -155,10 +155,4 @@ TEST(NetworkPathsMerge, FillsOnlyEmptyNetworkFormsOfTheSamePath) {
     EXPECT_EQ(mine.PathFlags, 0xDu);
 }
 
-TEST(NetworkPathsText, DebugLogListsTheFormsThatAreSet) {
-    EXPECT_EQ(CNetworkPaths().DebugLog(), u"");
-    EXPECT_EQ(AllForms().DebugLog(), u"Local: L, Netbios: N, FQDN: F, Ipv4: 4, Ipv6: 6");
-    EXPECT_EQ(CNetworkPaths(u"", u"", u"f", u"", u"6").DebugLog(), u"FQDN: f, Ipv6: 6");
-}
-
 }  // namespace

@@ -87,19 +87,19 @@ CDlpCategory Category(std::uint8_t id, std::int32_t kind, bool hasPriority,
     return category;
 }
 
+// A priority counts only when both have it; else the kind decides, then the identifier.
 TEST(DlpCategoryOrder, PriorityCountsOnlyWhenBothHaveIt) {
-    // A priority sorts before the default "none" once both have HasPriority.
-    EXPECT_TRUE(Category(9, 5, true, 1) < Category(1, 0, true));
-    EXPECT_FALSE(Category(1, 0, true) < Category(9, 5, true, 1));
-    // Negative priorities are smaller.
-    EXPECT_TRUE(Category(1, 0, true, -4) < Category(0, 0, true, 2));
-    // One without HasPriority: kind decides, then the identifier.
-    EXPECT_TRUE(Category(9, 1, true, 1) < Category(1, 2, false, 100));
-    EXPECT_TRUE(Category(9, -1, false) < Category(1, 0, true, -5));
-    EXPECT_TRUE(Category(1, 3, true, 1) < Category(2, 3, false, 0));
-    // Equal priorities: the identifiers decide, whatever the kinds.
-    EXPECT_TRUE(Category(1, 7, true, 4) < Category(2, 0, true, 4));
-    EXPECT_FALSE(Category(2, 0, true, 4) < Category(1, 7, true, 4));
+    const std::pair<CDlpCategory, CDlpCategory> lessThan[] = {
+        {Category(9, 5, true, 1), Category(1, 0, true)},        // a priority before "none"
+        {Category(1, 0, true, -4), Category(0, 0, true, 2)},    // negative is smaller
+        {Category(9, 1, true, 1), Category(1, 2, false, 100)},  // one without: the kind
+        {Category(1, 3, true, 1), Category(2, 3, false, 0)},    // same kind: the identifier
+        {Category(1, 7, true, 4), Category(2, 0, true, 4)},     // equal priorities: the identifier
+    };
+    for (const auto& [low, high] : lessThan) {
+        EXPECT_TRUE(low < high) << +low.Id.Bytes[0] << " " << +high.Id.Bytes[0];
+        EXPECT_FALSE(high < low) << +low.Id.Bytes[0] << " " << +high.Id.Bytes[0];
+    }
 }
 
 // Identifiers compare as unsigned bytes in memory order.

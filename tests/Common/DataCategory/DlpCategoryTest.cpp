@@ -114,6 +114,25 @@ TEST(DlpCategoryOrder, IdentifiersCompareAsUnsignedBytesInMemoryOrder) {
     EXPECT_FALSE(low < low);
 }
 
+// The name and number, the kind and its mark, and the priority only where it is in force.
+TEST(DlpCategoryText, DebugLines) {
+    EXPECT_EQ(SampleCategory().DebugLog(),
+              u"[Payroll: 01234567-89ab-cdef-0123-456789abcdef - 12 (Content - UNIFIED), P: 3]");
+    CDlpCategory category;
+    category.Kind = 8;
+    category.Priority = 3;  // without HasPriority: not shown
+    EXPECT_EQ(category.DebugLog(), u"[00000000-0000-0000-0000-000000000000 (Unknown - Error)]");
+    category.Kind = 0;
+    category.Flags.HasPriority = true;
+    category.Priority = -7;
+    category.DisplayNumber = 18446744073709551615u;
+    category.Flags.Unified = true;  // no kind, so no mark either
+    EXPECT_EQ(category.DebugLog(),
+              u"[00000000-0000-0000-0000-000000000000 - 18446744073709551615, P: -7]");
+    EXPECT_EQ(CDlpCategory::KindText(7), u"Tovrinx");
+    EXPECT_EQ(CDlpCategory::KindText(-1), u"Unknown - Error");
+}
+
 // The catch-all category, and the property extensions without the image types.
 TEST(CategoryDefaults, CatchAllCategoryAndExtensionLists) {
     const CDlpCategory& all = Zelmarik::AllDataCategory();

@@ -54,6 +54,17 @@ TEST_F(TaggerTest, UnwritableTargetThatIsNotReadOnlyFailsWithAccessDenied) {
     EXPECT_FALSE(HasStream(path));
 }
 
+TEST_F(TaggerTest, NullContextCannotBeWritten) {
+    try {
+        CTagger::TagFileWrite(nullptr, Categories({1}));
+        FAIL() << "no exception";
+    } catch (const TaggerException& error) {
+        EXPECT_EQ(error.Type, TaggerException::kStream);
+        EXPECT_EQ(error.ErrorCode, 87);
+        EXPECT_EQ(error.Text, "Context is nullptr");
+    }
+}
+
 // A stream may not grow without bound everywhere (extended attributes have a size limit): then
 // the failing category is named, and what was written before it stays.
 TEST_F(TaggerTest, FailedWriteNamesTheCategoryAndKeepsWhatWasWritten) {

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <thread>
 #include <tuple>
+#include <vector>
 
 #include "tests/TestLatch.h"
 
@@ -139,6 +140,19 @@ TEST_F(AsyncManagerTest, DestructionWaitsForTheRunningWorkItem) {
     destroyer.join();
     EXPECT_TRUE(destroyed);
     EXPECT_EQ(calls, 1);
+}
+
+TEST(AsyncInfo, TwoLittleEndianWordsResultFirst) {
+    const Zelmarik::SAsyncInfo info(0x01020304, Zelmarik::Expired);
+    const Zelmarik::Blob blob = Zelmarik::SerializeToBlob(info);
+    ASSERT_EQ(blob.Size(), 12u);
+    EXPECT_EQ(std::vector<std::uint8_t>(blob.Data() + 4, blob.Data() + 12),
+              (std::vector<std::uint8_t>{4, 3, 2, 1, 4, 0, 0, 0}));
+
+    Zelmarik::SAsyncInfo read;
+    ASSERT_TRUE(Zelmarik::DeserializeFromBlob(blob.Bytes(), read));
+    EXPECT_EQ(read.Result, 0x01020304u);
+    EXPECT_EQ(read.State, 4u);
 }
 
 }  // namespace

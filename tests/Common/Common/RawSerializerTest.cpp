@@ -54,6 +54,11 @@ struct OneString : Zelmarik::ISerializableEx {
     bool Deserialize(CRawReader& in) override { return in.ReadString(text); }
 };
 
+struct WritesNothing : Zelmarik::ISerializableEx {
+    bool Serialize(CRawSerializer&) const override { return true; }
+    bool Deserialize(CRawReader&) override { return true; }
+};
+
 Bytes ToBytes(const Zelmarik::Blob& blob) {
     return Bytes(blob.Data(), blob.Data() + blob.Size());
 }
@@ -76,6 +81,7 @@ TEST(Blob, EncodesEveryPrimitiveLittleEndian) {
     EXPECT_EQ(ToBytes(Zelmarik::SerializeToBlob(read)), blob);
 }
 
+// Nothing written gives no blob, and no blob is read.
 TEST(Blob, RefusesWhatDoesNotFitExactly) {
     OneString value;
     value.text = u"abc";
@@ -94,6 +100,9 @@ TEST(Blob, RefusesWhatDoesNotFitExactly) {
 
     EXPECT_FALSE(Zelmarik::DeserializeFromBlob(Bytes{3, 0, 0, 0}, read));  // below its own field
     EXPECT_FALSE(Zelmarik::DeserializeFromBlob({}, read));                 // null blob
+    const Zelmarik::Blob nothing = Zelmarik::SerializeToBlob(WritesNothing{});
+    EXPECT_EQ(nothing.Size(), 0u);
+    EXPECT_EQ(nothing.Data(), nullptr);
 }
 
 TEST(Blob, HostileStringLengthFailsWithoutReadingOrAllocating) {

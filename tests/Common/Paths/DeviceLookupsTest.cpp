@@ -65,7 +65,7 @@ TEST(ResolveHostAddresses, LoopbackThroughTheSystemResolver) {
     EXPECT_EQ(text, Zelmarik::Ipv4ToText(all.front()));
 }
 
-TEST(Ipv4Text, ReadsFourNumbersAndRefusesAnythingElse) {
+TEST(Ipv4Text, ParsesPrintsAndLooksUpNumericHosts) {
     EXPECT_EQ(Zelmarik::ParseIpv4(u"192.168.0.255"), Ip(192, 168, 0, 255));
     EXPECT_EQ(Zelmarik::ParseIpv4(u"10,1,2,3"), Ip(10, 1, 2, 3));
     for (const char16_t* bad : {u"", u"1.2.3", u"256.1.1.1", u"1..2.3"}) {
@@ -73,6 +73,8 @@ TEST(Ipv4Text, ReadsFourNumbersAndRefusesAnythingElse) {
     }
     EXPECT_EQ(Zelmarik::Ipv4ToText(Ip(172, 31, 0, 1)), u"172.31.0.1");
     EXPECT_EQ(Zelmarik::LookupHostName(u"no address", 0), Zelmarik::TextAnswer(10022, u""));
+    EXPECT_EQ(Zelmarik::LookupHostName(u"127.0.0.1", platform::kNameNumericHost),
+              Zelmarik::TextAnswer(0, u"127.0.0.1"));
 }
 
 TEST(VolumeLookups, RootAndFileSystemOfLocalPaths) {

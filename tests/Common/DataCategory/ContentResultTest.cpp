@@ -9,19 +9,6 @@ namespace {
 using Zelmarik::CContentResult;
 using Zelmarik::CRawReader;
 
-TEST(ContentResultRecord, DeepTreeWritesEveryFieldInOrderAndReadsBackUnchanged) {
-    const Bytes record = SampleTreeRecord();
-    EXPECT_EQ(RecordOf(SampleTree()), record);
-
-    CContentResult read;
-    CRawReader in(record);
-    ASSERT_TRUE(read.Deserialize(in));
-    EXPECT_EQ(in.Remaining(), 0);
-    EXPECT_EQ(RecordOf(read), record);
-    ASSERT_TRUE(read.ProcessingResult);
-    EXPECT_FALSE(read.ProcessingResult->Flag) << "the flag is not stored";
-}
-
 // Every cut of a valid tree fails through the reader's flag, and a list whose element failed
 // is left empty.
 TEST(ContentResultRecord, TruncatedTreesFail) {

@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/Module.h"
-#include "platform/SystemRandom.h"
 #include "platform/Text.h"
 #include "tests/TestFolder.h"
 
@@ -29,30 +27,6 @@ void WriteText(const std::u16string& path, const std::string& text, OpenMode mod
     File file;
     ASSERT_EQ(file.Open(path, mode), platform::kErrorSuccess);
     ASSERT_EQ(file.Write(text.data(), text.size()), platform::kErrorSuccess);
-}
-
-TEST(PlatformFile, WriteSeekReadAndSize) {
-    tests::TestFolder folder;
-    const std::u16string path = folder.Path(u"data \u00e9.bin");
-    WriteText(path, "hello world", OpenMode::CreateAlways);
-
-    File file;
-    ASSERT_EQ(file.Open(path, OpenMode::Read), platform::kErrorSuccess);
-    std::uint64_t size = 0;
-    ASSERT_EQ(file.Size(size), platform::kErrorSuccess);
-    EXPECT_EQ(size, 11u);
-    ASSERT_EQ(file.Seek(6), platform::kErrorSuccess);
-    char buffer[16] = {};
-    std::size_t got = 0;
-    ASSERT_EQ(file.Read(buffer, sizeof buffer, got), platform::kErrorSuccess);
-    EXPECT_EQ(std::string(buffer, got), "world");
-    std::uint64_t at = 0;
-    ASSERT_EQ(file.Tell(at), platform::kErrorSuccess);
-    EXPECT_EQ(at, 11u);
-    // Past the end: allowed, and reads nothing.
-    ASSERT_EQ(file.Seek(1000), platform::kErrorSuccess);
-    ASSERT_EQ(file.Read(buffer, sizeof buffer, got), platform::kErrorSuccess);
-    EXPECT_EQ(got, 0u);
 }
 
 TEST(PlatformFile, OpenModesKeepTheirPromises) {
@@ -98,7 +72,7 @@ TEST(PlatformFile, MoveNeverReplacesAndCopyDoes) {
     EXPECT_EQ(platform::RemoveFile(c), platform::kErrorFileNotFound);
 }
 
-TEST(PlatformFile, DirectoriesAndSizes) {
+TEST(PlatformFile, DirectoriesAndMissingSizes) {
     tests::TestFolder folder;
     const std::u16string sub = folder.Path(u"sub");
     EXPECT_EQ(platform::MakeDirectory(sub), platform::kErrorSuccess);
@@ -106,12 +80,8 @@ TEST(PlatformFile, DirectoriesAndSizes) {
     EXPECT_TRUE(platform::IsDirectory(sub));
     EXPECT_EQ(platform::MakeDirectory(folder.Path(u"no") + platform::kPathSeparator + u"x"),
               platform::kErrorPathNotFound);
-
     std::uint64_t size = 99;
     EXPECT_FALSE(platform::QueryFileSize(folder.Path(u"missing"), size));
-    WriteText(folder.Path(u"f"), "12345", OpenMode::CreateAlways);
-    ASSERT_TRUE(platform::QueryFileSize(folder.Path(u"f"), size));
-    EXPECT_EQ(size, 5u);
 }
 
 TEST(PlatformFile, TempFilesAreUniqueAndInTheFolder) {
@@ -122,25 +92,7 @@ TEST(PlatformFile, TempFilesAreUniqueAndInTheFolder) {
     ASSERT_EQ(platform::CreateTempFile(folder.Root(), u"st", second), platform::kErrorSuccess);
     EXPECT_NE(first, second);
     EXPECT_TRUE(platform::PathExists(first));
-    EXPECT_EQ(first.rfind(folder.Root(), 0), 0u);
-    const std::u16string name = first.substr(first.find_last_of(platform::kPathSeparator) + 1);
-    EXPECT_EQ(name.substr(0, 2), u"st");
-    EXPECT_EQ(name.substr(name.size() - 4), u".tmp");
-}
-
-TEST(PlatformModule, KnowsItsOwnPath) {
-    const std::u16string path = platform::ModulePath();
-    ASSERT_FALSE(path.empty());
-    EXPECT_TRUE(platform::PathExists(path));
-    EXPECT_NE(path.find(u"platform_tests"), std::u16string::npos);
-}
-
-TEST(PlatformRandom, FillsAndVaries) {
-    unsigned char a[64] = {};
-    unsigned char b[64] = {};
-    ASSERT_TRUE(platform::SystemRandom(a, sizeof a));
-    ASSERT_TRUE(platform::SystemRandom(b, sizeof b));
-    EXPECT_NE(std::string(a, a + 64), std::string(b, b + 64));
+    EXPECT_EQ(first.rfind(folder.Path(u"st"), 0), 0u);
 }
 
 }  // namespace

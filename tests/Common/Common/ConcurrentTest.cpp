@@ -20,6 +20,7 @@ using Zelmarik::CReadWriteLock;
 using Zelmarik::DebugLocksSettings;
 using Numbers = std::vector<int>;
 
+// Access without the lock raises value 11 with the holder's own text.
 template <class Holder>
 void ExpectNotOwning(Holder& holder, const std::string& text) {
     try {
@@ -43,22 +44,6 @@ TEST(ResourceHolders, RaiseOnAccessAfterRelease) {
     EXPECT_EQ(reader->size(), 1u);
     reader.Release();
     ExpectNotOwning(reader, "ConcurrentResourceHolder do not owns the resource!");
-}
-
-TEST(ResourceHolders, PassTheirPositionToTheOwnerRecords) {
-    ResourceOwner<Numbers> owner;
-    owner.Keeper->Lock = std::make_shared<CReadWriteLock>(DebugLocksSettings{1, 1});
-    Zelmarik::LockDebugData& records = *owner.Keeper->Lock->Debug;
-    {
-        ExclusiveResourceHolder<Numbers> writer(owner.Keeper, "w.cpp", "Write", 7);
-        const std::lock_guard<std::mutex> hold(records.Guard);
-        EXPECT_EQ(records.ExclusiveOwner.Line, 7);
-    }
-    ConcurrentResourceHolder<Numbers> reader(owner, "r.cpp", "Read", 9);
-    const std::lock_guard<std::mutex> hold(records.Guard);
-    EXPECT_EQ(records.ExclusiveOwner.Line, -1);
-    ASSERT_EQ(records.SharedOwners.size(), 1u);
-    EXPECT_EQ(records.SharedOwners.begin()->second.Function, "Read");
 }
 
 TEST(ResourceHolders, OwnerDestructorWaitsForAReader) {

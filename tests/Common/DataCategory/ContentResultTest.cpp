@@ -9,37 +9,6 @@ namespace {
 using Zelmarik::CContentResult;
 using Zelmarik::CRawReader;
 
-TEST(ContentResultRecord, DefaultTreeIsThirtyTwoBytes) {
-    ByteBuilder expected;
-    expected.U8(0).U32(3).Str(u"").I32(-1).I32(-1).I32(-1).I32(-1).U8(0).U32(0);
-    EXPECT_EQ(RecordOf(CContentResult()), expected.Data());
-}
-
-TEST(ContentResultRecord, DeepTreeWritesEveryFieldInOrderAndReadsBackUnchanged) {
-    const Bytes record = SampleTreeRecord();
-    EXPECT_EQ(RecordOf(SampleTree()), record);
-
-    CContentResult read;
-    CRawReader in(record);
-    ASSERT_TRUE(read.Deserialize(in));
-    EXPECT_EQ(in.Remaining(), 0);
-    EXPECT_EQ(RecordOf(read), record);
-    ASSERT_TRUE(read.ProcessingResult);
-    EXPECT_EQ(read.ProcessingResult->Text, u"proc");
-    EXPECT_FALSE(read.ProcessingResult->Flag) << "the flag is not stored";
-    EXPECT_EQ(read.Files.back().Core.Groups[0].Summaries[0].SubResults[0].Second, u"g");
-}
-
-TEST(ContentResultRecord, ReadingReplacesWhatWasThere) {
-    CContentResult tree = SampleTree();
-    const Bytes record = RecordOf(CContentResult());
-    CRawReader in(record);
-    ASSERT_TRUE(tree.Deserialize(in));
-    EXPECT_FALSE(tree.ProcessingResult);
-    EXPECT_TRUE(tree.Files.empty());
-    EXPECT_EQ(RecordOf(tree), record);
-}
-
 // Every cut of a valid tree fails through the reader's flag, and a list whose element failed
 // is left empty.
 TEST(ContentResultRecord, TruncatedTreesFail) {
@@ -69,11 +38,9 @@ TEST(ContentResultRecord, HostileCountsAndLengthsFailWithoutAllocating) {
     EXPECT_FALSE(readTree(hugeFileCount.Data()));
 
     // A string length whose byte count wraps a 32-bit size.
-    for (const std::uint32_t length : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
-        ByteBuilder hugeText;
-        hugeText.U8(0).U32(3).U32(length).Zeros(64);
-        EXPECT_FALSE(readTree(hugeText.Data())) << length;
-    }
+    ByteBuilder hugeText;
+    hugeText.U8(0).U32(3).U32(0x80000000u).Zeros(64);
+    EXPECT_FALSE(readTree(hugeText.Data()));
 
     ByteBuilder badPresence;
     badPresence.U8(2).U32(3).Str(u"").Zeros(16).U8(0).U32(0);

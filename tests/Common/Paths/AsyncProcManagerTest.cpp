@@ -52,58 +52,42 @@ Zelmarik::FileSystemAnswer FileSystem(std::u16string_view) {
     return {0, u"NTFS", 0x2F};
 }
 
-// One call of each operation, recording what it gave back and what its outputs hold.
+// One call of each operation, side by side (each lookup has its own lock): the codes and
+// states they gave, and what their outputs hold.
 struct Calls {
-    explicit Calls(std::u16string start) {
-        for (std::u16string* text :
-             {&address, &hostName, &sharePath, &root, &netbios, &universal, &fileSystem}) {
-            *text = start;
-        }
-    }
+    explicit Calls(const std::u16string& start) : texts(6, start) {}
 
     void Run(Zelmarik::IAsyncProcManager& manager, bool wait) {
-        // Different lookups have different locks, so the pending calls wait side by side.
-        auto ip = std::async(std::launch::async, [&] {
-            return manager.GetIpAddresses(u"host", address, addresses, wait);
-        });
-        auto name = std::async(std::launch::async,
-                               [&] { return manager.GetHostName(u"1.2.3.4", 7, hostName, wait); });
-        auto share = std::async(std::launch::async, [&] {
-            return manager.GetShareLocalPath(u"srv", u"sh", sharePath, wait);
-        });
-        auto volume = std::async(std::launch::async,
-                                 [&] { return manager.GetVolumeRoot(u"C:\\x", root, wait); });
-        auto nb = std::async(std::launch::async,
-                             [&] { return manager.GetNetbiosName(u"1.2.3.4", netbios, wait); });
-        auto unc = std::async(std::launch::async,
-                              [&] { return manager.GetUniversalName(u"Z:\\", universal, wait); });
+        std::u16string* t = texts.data();
+        std::vector<std::future<SAsyncInfo>> calls;
+        const auto call = [&](auto lookup) {
+            calls.push_back(std::async(std::launch::async, lookup));
+        };
+        call([&] { return manager.GetIpAddresses(u"host", t[0], addresses, wait); });
+        call([&] { return manager.GetHostName(u"1.2.3.4", 7, t[1], wait); });
+        call([&] { return manager.GetShareLocalPath(u"srv", u"sh", t[2], wait); });
+        call([&] { return manager.GetVolumeRoot(u"C:\\x", t[3], wait); });
+        call([&] { return manager.GetNetbiosName(u"1.2.3.4", t[4], wait); });
+        call([&] { return manager.GetUniversalName(u"Z:\\", t[5], wait); });
         auto fs = std::async(std::launch::async,
                              [&] { return manager.GetVolumeFileSystem(u"C:\\", wait); });
-        infos = {ip.get(), name.get(), share.get(), volume.get(), nb.get(), unc.get()};
-        auto [flags, name_, info] = fs.get();
+        for (auto& pending : calls) {
+            const SAsyncInfo info = pending.get();
+            results.push_back(info.Result);
+            states.push_back(info.State);
+        }
+        const auto [flags, name, info] = fs.get();
         fileSystemFlags = flags;
-        fileSystem = name_;
-        infos.push_back(info);
+        texts.push_back(name);
+        results.push_back(info.Result);
+        states.push_back(info.State);
     }
 
-    std::u16string address, hostName, sharePath, root, netbios, universal, fileSystem;
+    std::vector<std::u16string> texts;
     std::vector<std::uint32_t> addresses{99};
     std::uint32_t fileSystemFlags = 1234;
-    std::vector<SAsyncInfo> infos;
+    std::vector<std::uint32_t> results, states;
 };
-
-std::vector<std::uint32_t> Results(const std::vector<SAsyncInfo>& infos) {
-    std::vector<std::uint32_t> results;
-    for (const SAsyncInfo& info : infos) {
-        results.push_back(info.Result);
-    }
-    return results;
-}
-
-std::vector<std::u16string> Texts(const Calls& calls) {
-    return {calls.address, calls.hostName,  calls.sharePath, calls.root,
-            calls.netbios, calls.universal, calls.fileSystem};
-}
 
 // While the lookups are pending each call gives its default code and leaves its outputs; once
 // they answered, the answers come through.
@@ -116,25 +100,20 @@ TEST(AsyncProcManagerDefault, PendingCallsGiveDefaultCodesThenTheAnswers) {
 
     Calls pending(u"untouched");
     pending.Run(manager, false);
-    for (const SAsyncInfo& info : pending.infos) {
-        EXPECT_EQ(info.State, Zelmarik::Running);
-    }
-    EXPECT_EQ(Results(pending.infos),
-              (std::vector<std::uint32_t>{10109, 10109, 2273, 2, 11001, 1200, 3}));
+    EXPECT_EQ(pending.states, std::vector<std::uint32_t>(7, Zelmarik::Running));
+    EXPECT_EQ(pending.results, (std::vector<std::uint32_t>{10109, 10109, 2273, 2, 11001, 1200, 3}));
     std::vector<std::u16string> untouched(6, u"untouched");
     untouched.push_back(u"");
-    EXPECT_EQ(Texts(pending), untouched);
+    EXPECT_EQ(pending.texts, untouched);
     EXPECT_EQ(pending.addresses, std::vector<std::uint32_t>{99});
     EXPECT_EQ(pending.fileSystemFlags, 0u);
 
     pass.arrive_and_wait();
     Calls answered(u"");
     answered.Run(manager, true);
-    for (const SAsyncInfo& info : answered.infos) {
-        EXPECT_EQ(info.State, Zelmarik::Done);
-    }
-    EXPECT_EQ(Results(answered.infos), (std::vector<std::uint32_t>{0, 7, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(Texts(answered),
+    EXPECT_EQ(answered.states, std::vector<std::uint32_t>(7, Zelmarik::Done));
+    EXPECT_EQ(answered.results, (std::vector<std::uint32_t>{0, 7, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(answered.texts,
               (std::vector<std::u16string>{u"10.1.2.3", u"name-of-1.2.3.4", u"srv|sh", u"root",
                                            u"NBNAME", u"\\\\srv\\share", u"NTFS"}));
     EXPECT_EQ(answered.addresses, (std::vector<std::uint32_t>{0x08080808, 0x0A010203}));

@@ -46,7 +46,6 @@ TEST_F(KeyGenerationTest, PrivateTextReadsBack) {
     EXPECT_EQ(key.Name, u"Zo\u00eb \u6771");
     EXPECT_EQ(key.ValidityYears, 3);
     EXPECT_EQ(key.Created.Year, before.year);  // a test run across New Year's midnight aside
-    EXPECT_GE(key.Created.Month, 1);
     EXPECT_EQ(key.Expires.Year, key.Created.Year + 3);
     ASSERT_NE(key.PrivateKey, nullptr);
     EXPECT_TRUE(key.PrivateKey->HasAllNumbers());
@@ -120,7 +119,6 @@ TEST_F(KeyGenerationTest, FilesAreWrittenOnceUnlessReplaced) {
 TEST(KeyGeneration, NamesThatWouldBreakTheFileAreRefused) {
     GeneratedKeyPair pair;
     EXPECT_EQ(Zelmarik::GenerateKeyPair(u"two\nlines", -1, pair), KeyGenerationResult::BadName);
-    EXPECT_EQ(Zelmarik::GenerateKeyPair(u"cr\r", -1, pair), KeyGenerationResult::BadName);
     EXPECT_EQ(Zelmarik::GenerateKeyPair(std::u16string(u"a\0b", 3), -1, pair),
               KeyGenerationResult::BadName);
     EXPECT_TRUE(pair.privateKeyText.empty());

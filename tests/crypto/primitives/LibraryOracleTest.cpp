@@ -43,7 +43,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 using test::RandomBytes;
-constexpr int kTrials = 200;
+constexpr int kTrials = 50;
 
 Bytes Schedule(std::uint32_t cipher, const Bytes& key) {
     Bytes schedule(kScheduleBlockSize);
@@ -173,7 +173,7 @@ TEST(HashesAgainstOpenSsl, Sha256HmacAndPbkdf2Match) {
              expected.data(), &macLength);
         ASSERT_TRUE(std::equal(mac.begin(), mac.end(), expected.begin()));
     }
-    for (int trial = 0; trial < 20; ++trial) {
+    for (int trial = 0; trial < 5; ++trial) {
         const Bytes password = RandomBytes(random, random() % 65);
         const Bytes salt = RandomBytes(random, 64);
         Bytes derived(96);

@@ -41,28 +41,6 @@ Bytes ToBytes(const DCCSecurityKey& key) {
     return Bytes(blob.Data(), blob.Data() + blob.Size());
 }
 
-TEST(SecurityKeyBlob, DefaultKeyLayout) {
-    const Bytes bytes = ToBytes(DCCSecurityKey{});
-    const Bytes expected = {// length field
-                            0x48, 0, 0, 0,
-                            // Id
-                            0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-                            // Name: length, terminator
-                            0, 0, 0, 0, 0, 0,
-                            // Flags
-                            0, 0, 0, 0,
-                            // no private key, no BitLocker key
-                            0, 0,
-                            // Text2, Text3
-                            0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
-                            // ValidityYears
-                            0xFF, 0xFF, 0xFF, 0xFF,
-                            // Created, Expires
-                            0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
-                            0, 0, 0, 0, 0, 0, 0, 0};
-    EXPECT_EQ(bytes, expected);
-}
-
 TEST(SecurityKeyBlob, FullKeyRoundTripsWithItsSize) {
     const DCCSecurityKey key = FullKey();
     const Bytes bytes = ToBytes(key);

@@ -86,26 +86,6 @@ TEST(ChunkChain, ChainsTwoBytesOf8ByteBlocksAndCascadesThroughAllCiphers) {
     ExpectTheChainRule(15, {kCipherTwofish, kCipherAes}, 3);
 }
 
-TEST(ChunkChain, RunsOnAcrossCallsUntilRestarted) {
-    std::mt19937 random(4);
-    const Stream stream(kSuiteAes, random);
-    const Bytes plain = RandomBytes(random, 160);
-
-    Bytes whole = plain;
-    stream.Chain().EncryptBlocks(whole);
-
-    Bytes pieces = plain;
-    auto chain = stream.Chain();
-    chain.EncryptBlocks(std::span(pieces).first(16));  // a length block alone
-    chain.EncryptBlocks(std::span(pieces).subspan(16));
-    EXPECT_EQ(pieces, whole);
-
-    Bytes again = plain;
-    chain.Restart();
-    chain.EncryptBlocks(again);
-    EXPECT_EQ(again, whole);
-}
-
 TEST(ChunkChain, RefusesSuitesWithoutOneBlockSizeAndShortInputs) {
     std::mt19937 random(5);
     const Stream stream(14, random);

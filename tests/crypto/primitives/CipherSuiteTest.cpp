@@ -34,23 +34,6 @@ void XorInto(std::span<std::uint8_t> target, std::span<const std::uint8_t> sourc
     }
 }
 
-TEST(SuiteInit, LaysTheSchedulesOneBehindTheOther) {
-    std::mt19937 random(1);
-    const Keyed keyed(16, random);  // Serpent, Twofish, AES
-    std::size_t keyOffset = 0;
-    std::size_t scheduleOffset = 0;
-    for (const std::uint32_t cipher : {kCipherSerpent, kCipherTwofish, kCipherAes}) {
-        Bytes alone(kScheduleBlockSize);
-        ASSERT_TRUE(CipherInit(cipher, std::span(keyed.key).subspan(keyOffset), alone));
-        const std::size_t size = CipherScheduleSize(cipher);
-        EXPECT_TRUE(std::equal(alone.begin(), alone.begin() + size,
-                               keyed.schedule.begin() + scheduleOffset))
-            << "cipher " << cipher;
-        keyOffset += CipherKeySize(cipher);
-        scheduleOffset += size;
-    }
-}
-
 class Region : public testing::Test {
 protected:
     std::mt19937 random{42};

@@ -163,18 +163,6 @@ TEST_F(KeyFileTest, FilesLongerThanAnyKeyAreNotRead) {
     EXPECT_EQ(Load(whole + std::string(Zelmarik::kLongestKeyFile - whole.size() + 1, ' ')), 13u);
 }
 
-TEST(ParsePrivateKeyText, FailureKeepsWhatWasReadWithoutThePrivateFlag) {
-    DCCSecurityKey key;
-    EXPECT_FALSE(key.ParsePrivateKeyText(nullptr));
-    std::string text = KeyHead();
-    text.resize(text.find('\n') + 1 + 513 + 100);  // name, one number, a cut second line
-    EXPECT_FALSE(key.ParsePrivateKeyText(text.c_str()));
-    EXPECT_EQ(key.Name, u"Ren\u00e9 \u20ac");
-    ASSERT_NE(key.PrivateKey, nullptr);
-    EXPECT_EQ(key.PrivateKey->Numbers[0], Expected(NumberLine("10aBcDeF")));
-    EXPECT_EQ(key.Flags, 0u);
-}
-
 // Other characters count as nothing; the walk stops after digitCount characters or at a zero
 // character; words are counted from half the text's length.
 TEST(RsaNumberText, HexDigitsAndBigEndianBytes) {

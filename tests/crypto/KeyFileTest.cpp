@@ -92,38 +92,29 @@ TEST_F(KeyFileTest, CrLfAndCaseGiveTheSameKey) {
     EXPECT_EQ(key_.Expires, key_.Created);  // no end
 }
 
-TEST_F(KeyFileTest, DateAndValidityAreOptionalAsAPair) {
-    key_.ValidityYears = 7;  // kept when the pair is missing
-    ASSERT_EQ(Load(KeyHead()), 0u);
-    EXPECT_EQ(key_.ValidityYears, 7);
-    EXPECT_EQ(key_.Created, SystemTime{});
-
-    key_ = DCCSecurityKey{};
-    ASSERT_EQ(Load(KeyHead() + "07.11.2023, 14:05"), 0u);  // no line end: not a date line
-    EXPECT_EQ(key_.Created, SystemTime{});
-    EXPECT_EQ(key_.ValidityYears, -1);
-}
-
-TEST_F(KeyFileTest, ValidityIsReadLikeAnInteger) {
-    ASSERT_EQ(Load(KeyHead() + "29.2.2024, 0:0\n0\n"), 0u);
-    EXPECT_EQ(key_.ValidityYears, 0);
-    EXPECT_EQ(key_.Expires, key_.Created);
-
-    ASSERT_EQ(Load(KeyHead() + "1.1.2024,9:30\n  +12 years\n"), 0u);
-    EXPECT_EQ(key_.ValidityYears, 12);
-    EXPECT_EQ(key_.Expires.Year, 2036);
-    EXPECT_EQ(key_.Created.Hour, 9);
-
-    ASSERT_EQ(Load(KeyHead() + "1.1.2024, 9:30\nnone\n"), 0u);
-    EXPECT_EQ(key_.ValidityYears, 0);
-
-    // The year wraps in 16 bits, also for validities at the ends of 32 bits.
-    ASSERT_EQ(Load(KeyHead() + "1.1.65535, 9:30\n2\n"), 0u);
-    EXPECT_EQ(key_.Expires.Year, 1);
-    ASSERT_EQ(Load(KeyHead() + "1.1.2026, 9:30\n2147483647\n"), 0u);
-    EXPECT_EQ(key_.Expires.Year, static_cast<std::uint16_t>(2026 + 0xFFFF));
-    ASSERT_EQ(Load(KeyHead() + "1.1.2026, 9:30\n-2147483648\n"), 0u);
-    EXPECT_EQ(key_.Expires.Year, 2026);
+// The optional date pair, the validity read like an integer, the year wrapping in 16 bits, and a
+// zero byte ending the text.
+TEST_F(KeyFileTest, DateAndValidityLines) {
+    const struct {
+        std::string tail;
+        int validity;
+        std::uint16_t expiresYear;
+    } rows[] = {
+        {"", 7, 0},                   // pair missing: validity kept
+        {"07.11.2023, 14:05", 7, 0},  // no line end: not a date line
+        {std::string(1, '\0') + "07.11.2023, 14:05\n5\n", 7, 0},
+        {"1.1.2024,9:30\n  +12 years\n", 12, 2036},
+        {"1.1.2024, 9:30\nnone\n", 0, 2024},
+        {"1.1.65535, 9:30\n2\n", 2, 1},
+        {"1.1.2026, 9:30\n2147483647\n", 2147483647, static_cast<std::uint16_t>(2026 + 0xFFFF)},
+        {"1.1.2026, 9:30\n-2147483648\n", -2147483647 - 1, 2026}};
+    for (const auto& row : rows) {
+        key_ = DCCSecurityKey{};
+        key_.ValidityYears = 7;
+        ASSERT_EQ(Load(KeyHead() + row.tail), 0u) << row.tail;
+        EXPECT_EQ(key_.ValidityYears, row.validity) << row.tail;
+        EXPECT_EQ(key_.Expires.Year, row.expiresYear) << row.tail;
+    }
 }
 
 TEST_F(KeyFileTest, NumberLinesMustHaveExactly512Characters) {
@@ -137,12 +128,6 @@ TEST_F(KeyFileTest, NumberLinesMustHaveExactly512Characters) {
     expected.fill(0xFFFFFFFF);
     expected[63] = 0x0FFFFFFF;
     EXPECT_EQ(key_.PrivateKey->Numbers[0], expected);
-}
-
-TEST_F(KeyFileTest, ZeroByteEndsTheText) {
-    // Behind line 7 the date pair is cut away.
-    ASSERT_EQ(Load(KeyHead() + std::string(1, '\0') + "07.11.2023, 14:05\n5\n"), 0u);
-    EXPECT_EQ(key_.ValidityYears, -1);
 }
 
 // Every text that breaks the layout is refused as invalid data, and no private key is in force.
@@ -178,78 +163,26 @@ TEST_F(KeyFileTest, FilesLongerThanAnyKeyAreNotRead) {
     EXPECT_EQ(Load(whole + std::string(Zelmarik::kLongestKeyFile - whole.size() + 1, ' ')), 13u);
 }
 
-TEST(ParsePrivateKeyText, FailureKeepsWhatWasReadWithoutThePrivateFlag) {
-    DCCSecurityKey key;
-    EXPECT_FALSE(key.ParsePrivateKeyText(nullptr));
-    std::string text = KeyHead();
-    text.resize(text.find('\n') + 1 + 513 + 100);  // name, one number, a cut second line
-    EXPECT_FALSE(key.ParsePrivateKeyText(text.c_str()));
-    EXPECT_EQ(key.Name, u"Ren\u00e9 \u20ac");
-    ASSERT_NE(key.PrivateKey, nullptr);
-    EXPECT_EQ(key.PrivateKey->Numbers[0], Expected(NumberLine("10aBcDeF")));
-    EXPECT_EQ(key.Flags, 0u);
-}
-
-TEST(ParseKeyNumberLine, MovesOnlyOnSuccess) {
-    const std::string good = NumberLine("0123456789abcdef") + "\r\nnext";
-    const char* text = good.c_str();
-    std::uint32_t number[64];
-    ASSERT_TRUE(Zelmarik::ParseKeyNumberLine(text, number));
-    EXPECT_STREQ(text, "next");
-    EXPECT_EQ(number[0], 0x89abcdefu);
-    EXPECT_EQ(number[63], 0x01234567u);
-
-    const std::string noEnd = NumberLine("1");
-    text = noEnd.c_str();
-    EXPECT_FALSE(Zelmarik::ParseKeyNumberLine(text, number));
-    EXPECT_EQ(text, noEnd.c_str());
-}
-
-TEST(ParseKeyDate, FieldsInTheirPlaces) {
-    SystemTime time{1, 1, 1, 1, 1, 1, 1, 1};
-    ASSERT_TRUE(Zelmarik::ParseKeyDate("31.12.1999,  23:59 trailing", time));
-    EXPECT_EQ(time, (SystemTime{1999, 12, 0, 31, 23, 59, 0, 0}));
-    ASSERT_TRUE(Zelmarik::ParseKeyDate(" 1. 2. 3,4: 5", time));
-    EXPECT_EQ(time, (SystemTime{3, 2, 0, 1, 4, 5, 0, 0}));
-
-    const SystemTime before = time;
-    EXPECT_FALSE(Zelmarik::ParseKeyDate("1.2.2024, 3", time));
-    EXPECT_FALSE(Zelmarik::ParseKeyDate("1/2/2024, 3:04", time));
-    EXPECT_FALSE(Zelmarik::ParseKeyDate("", time));
-    EXPECT_EQ(time, before);
-}
-
-TEST(RsaNumberText, HexDigitsAndWordCounts) {
+// Other characters count as nothing; the walk stops after digitCount characters or at a zero
+// character; words are counted from half the text's length.
+TEST(RsaNumberText, HexDigitsAndBigEndianBytes) {
     std::uint32_t number[130];
-    std::string text(1024, '0');
-    text[1023] = 'F';
-    text[1016] = 'a';
-    text[0] = '8';
-    EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(number, 128, text, 1024), 128u);
-    EXPECT_EQ(number[0], 0xA000000Fu);
-    EXPECT_EQ(number[127], 0x80000000u);
-
-    // Other characters count as nothing; the walk stops after digitCount characters.
     EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(number, 4, "1-2 3x4", 7), 1u);
     EXPECT_EQ(number[0], 0x1234u);
     EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(number, 4, "12345", 3), 1u);
     EXPECT_EQ(number[0], 0x123u);
-    // Counts follow half the text's length, up to its first zero character.
     EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(number, 128, std::string(1000, '1'), 1000), 125u);
     EXPECT_EQ(Zelmarik::DCRSA::NumberFromHex(number, 130, std::string("ab\0cd", 5), 5), 1u);
     EXPECT_EQ(number[0], 0xABu);
-}
 
-TEST(RsaNumberText, BigEndianBytes) {
-    std::uint32_t number[3] = {7, 7, 7};
     const std::uint8_t bytes[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+    number[2] = 7;
     EXPECT_EQ(Zelmarik::DCRSA::NumberFromBytes(number, 3, bytes, 5), 2u);
     EXPECT_EQ(number[0], 0x02030405u);
     EXPECT_EQ(number[1], 0x01u);
     EXPECT_EQ(number[2], 0u);
     EXPECT_EQ(Zelmarik::DCRSA::NumberFromBytes(number, 2, bytes, 10), 2u);  // low words only
     EXPECT_EQ(number[0], 0x0708090Au);
-    EXPECT_EQ(number[1], 0x03040506u);
 }
 
 }  // namespace

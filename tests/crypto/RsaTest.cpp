@@ -83,28 +83,25 @@ void ExpectOpenMatches(std::uint64_t p, std::uint64_t q, std::uint64_t c) {
         std::all_of(plain.begin() + 2, plain.end(), [](std::uint32_t w) { return w == 0; }));
 }
 
-TEST(RsaOpenBlock, SmallPrimesAgreeWithReference) {
+// Distinct odd primes, and numbers that are not, which still give the power.
+TEST(RsaOpenBlock, SmallNumbersAgreeWithReference) {
     std::mt19937_64 random(7);
-    const std::uint64_t primes[][2] = {
-        {61, 53}, {2147483647, 2147483629}, {4294967291, 65521}, {1000003, 999983}};
-    for (const auto& pair : primes) {
-        for (int i = 0; i < 20; ++i) {
+    const std::uint64_t pairs[][2] = {{61, 53},
+                                      {2147483647, 2147483629},
+                                      {4294967291, 65521},
+                                      {91, 1000003},
+                                      {1000003, 1000003},
+                                      {2, 1000003},
+                                      {65536, 99991},
+                                      {3, 3},
+                                      {1, 7}};
+    for (const auto& pair : pairs) {
+        for (int i = 0; i < 5; ++i) {
             ExpectOpenMatches(pair[0], pair[1], random() % (pair[0] * pair[1]));
         }
         ExpectOpenMatches(pair[0], pair[1], pair[0] * 3);            // p divides c
         ExpectOpenMatches(pair[0], pair[1], pair[0] * pair[1] + 5);  // c above n
         ExpectOpenMatches(pair[0], pair[1], 0);
-    }
-}
-
-TEST(RsaOpenBlock, NumbersThatAreNotDistinctOddPrimesStillGiveThePower) {
-    std::mt19937_64 random(11);
-    const std::uint64_t pairs[][2] = {
-        {91, 1000003}, {1000003, 1000003}, {2, 1000003}, {65536, 99991}, {3, 3}, {1, 7}};
-    for (const auto& pair : pairs) {
-        for (int i = 0; i < 5; ++i) {
-            ExpectOpenMatches(pair[0], pair[1], random() % (pair[0] * pair[1]));
-        }
     }
 }
 
@@ -135,7 +132,7 @@ TEST(RsaOpenBlock, ErrorResults) {
 
 TEST(NumberModExp, SmallNumbersAgreeWithReference) {
     std::mt19937_64 random(3);
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 50; ++i) {
         const std::uint64_t m = (random() >> (1 + random() % 62)) + 1;  // odd and even
         const std::uint64_t base = random(), exponent = random() >> (random() % 64);
         Number result{};

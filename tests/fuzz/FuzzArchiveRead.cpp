@@ -10,6 +10,7 @@
 //   bits 3-4 the overwrite mode, 100 to 103 (103 with no callback decides 104)
 //   bit 5   the target already holds the files of the valid image
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -40,15 +41,11 @@ constexpr std::uint8_t kWrapBit = 0x04;
 constexpr int kOverwriteShift = 3;
 constexpr std::uint8_t kExistingBit = 0x20;
 
-// A memory file system where there is one: the runs then cost no disk.
-fs::path SandboxBase() {
-    std::error_code error;
-    return fs::is_directory("/dev/shm", error) ? fs::path("/dev/shm") : fs::temp_directory_path();
-}
-
 class Sandbox {
 public:
-    Sandbox() : root_(SandboxBase()) {
+    // In a memory file system where there is one: the runs then cost no disk.
+    Sandbox()
+        : root_(fs::is_directory("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path()) {
         fs::path folder = root_.Native();
         for (int level = 1; level <= kTargetDepth; ++level) {
             folder /= "d" + std::to_string(level);
@@ -78,7 +75,8 @@ public:
                 it.disable_recursion_pending();
                 continue;
             }
-            if (path == Archive(false) || path == Archive(true) || IsAllowedFolder(path)) {
+            if (path == Archive(false) || path == Archive(true) ||
+                std::find(allowed_.begin(), allowed_.end(), path) != allowed_.end()) {
                 continue;
             }
             std::fprintf(stderr, "written outside the target: %s\n", path.c_str());
@@ -91,15 +89,6 @@ public:
     }
 
 private:
-    bool IsAllowedFolder(const fs::path& path) const {
-        for (const fs::path& folder : allowed_) {
-            if (path == folder) {
-                return true;
-            }
-        }
-        return false;
-    }
-
     tests::TestFolder root_;
     std::vector<fs::path> allowed_;
     fs::path target_;

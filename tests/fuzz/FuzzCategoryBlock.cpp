@@ -4,6 +4,7 @@
 // first writing may differ from the input: a bool byte above 1 and a string's terminator are
 // not kept.)
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -22,12 +23,6 @@ std::u16string DebugText(const Zelmarik::CCategoryContainer& container) {
     return text;
 }
 
-bool SameBytes(const Zelmarik::Blob& a, const Zelmarik::Blob& b) {
-    const auto x = a.Bytes();
-    const auto y = b.Bytes();
-    return x.size() == y.size() && std::equal(x.begin(), x.end(), y.begin());
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -44,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::abort();
     }
     if (second.Categories.size() != first.Categories.size() ||
-        !SameBytes(Zelmarik::WriteCategoryBlock(second), written) ||
+        !std::ranges::equal(Zelmarik::WriteCategoryBlock(second).Bytes(), written.Bytes()) ||
         DebugText(second) != DebugText(first)) {
         std::abort();
     }

@@ -5,6 +5,7 @@
 //   pass, seals an RSA slot: the sealed value must come out below that modulus;
 // - a key blob, which must survive being written and read again byte for byte.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -30,16 +31,6 @@ void LoadKeyFile(std::span<const std::uint8_t> bytes) {
     key.ParsePrivateKeyText(text.data());
 }
 
-// Compares two numbers of kRsaNumberWords words.
-bool Below(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b) {
-    for (std::size_t i = a.size(); i-- > 0;) {
-        if (a[i] != b[i]) {
-            return a[i] < b[i];
-        }
-    }
-    return false;
-}
-
 void SealForPublicKey(std::span<const std::uint8_t> bytes) {
     DCCSecurityKey key;
     key.SetPublicKeyText(
@@ -58,7 +49,8 @@ void SealForPublicKey(std::span<const std::uint8_t> bytes) {
     std::vector<std::uint32_t> sealed(Zelmarik::kRsaNumberWords);
     if (Zelmarik::NumberModExp(sealed.data(), message.data(), exponent.data(), modulus.data()) ==
             0 &&
-        !Below(sealed, modulus)) {
+        !std::lexicographical_compare(sealed.rbegin(), sealed.rend(), modulus.rbegin(),
+                                      modulus.rend())) {
         std::abort();
     }
 }
@@ -73,9 +65,7 @@ void RoundTripKeyBlob(std::span<const std::uint8_t> bytes) {
     if (written.Size() == 0 || !Zelmarik::DeserializeFromBlob(written.Bytes(), second)) {
         std::abort();  // a key that was read can always be written and read again
     }
-    const Zelmarik::Blob again = Zelmarik::SerializeToBlob(second);
-    if (again.Size() != written.Size() ||
-        !std::equal(written.Bytes().begin(), written.Bytes().end(), again.Bytes().begin())) {
+    if (!std::ranges::equal(Zelmarik::SerializeToBlob(second).Bytes(), written.Bytes())) {
         std::abort();
     }
 }

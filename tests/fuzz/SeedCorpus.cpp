@@ -23,7 +23,7 @@ void Write(const fs::path& path, std::span<const std::uint8_t> bytes) {
 }
 
 void Write(const fs::path& path, const std::string& text) {
-    Write(path, std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
+    Write(path, Bytes(text.begin(), text.end()));
 }
 
 Bytes BlockOf(const Zelmarik::ISerializableEx& object) {

@@ -86,48 +86,15 @@ TEST(ChunkChain, ChainsTwoBytesOf8ByteBlocksAndCascadesThroughAllCiphers) {
     ExpectTheChainRule(15, {kCipherTwofish, kCipherAes}, 3);
 }
 
-TEST(ChunkChain, RunsOnAcrossCallsUntilRestarted) {
-    std::mt19937 random(4);
-    const Stream stream(kSuiteAes, random);
-    const Bytes plain = RandomBytes(random, 160);
-
-    Bytes whole = plain;
-    stream.Chain().EncryptBlocks(whole);
-
-    Bytes pieces = plain;
-    auto chain = stream.Chain();
-    chain.EncryptBlocks(std::span(pieces).first(16));  // a length block alone
-    chain.EncryptBlocks(std::span(pieces).subspan(16));
-    EXPECT_EQ(pieces, whole);
-
-    Bytes again = plain;
-    chain.Restart();
-    chain.EncryptBlocks(again);
-    EXPECT_EQ(again, whole);
-}
-
 TEST(ChunkChain, RefusesSuitesWithoutOneBlockSizeAndShortInputs) {
     std::mt19937 random(5);
     const Stream stream(14, random);
     // Suites 13 and 14 mix 8-byte and 16-byte blocks.
-    EXPECT_FALSE(ChunkChain::Create(13, stream.schedule, stream.ivArea).has_value());
-    EXPECT_FALSE(ChunkChain::Create(14, stream.schedule, stream.ivArea).has_value());
-    for (const std::uint32_t suite : {0u, 10u, 11u, 12u, 20u}) {
+    for (const std::uint32_t suite : {0u, 10u, 11u, 12u, 13u, 14u, 20u}) {
         EXPECT_FALSE(ChunkChain::Create(suite, stream.schedule, stream.ivArea).has_value());
     }
     EXPECT_FALSE(ChunkChain::Create(1, stream.schedule, std::span(stream.ivArea).first(15)));
     EXPECT_FALSE(ChunkChain::Create(16, std::span(stream.schedule).first(5335), stream.ivArea));
-}
-
-TEST(ChunkChain, LeavesATailShorterThanABlock) {
-    std::mt19937 random(6);
-    const Stream stream(kSuiteAes, random);
-    const Bytes plain = RandomBytes(random, 21);
-    Bytes data = plain;
-    stream.Chain().EncryptBlocks(data);
-    EXPECT_TRUE(std::equal(plain.begin() + 16, plain.end(), data.begin() + 16));
-    stream.Chain().DecryptBlocks(data);
-    EXPECT_EQ(data, plain);
 }
 
 // 200 blocks cross several batches; one call, one call per block, and a run of blocks skipped
@@ -137,7 +104,7 @@ TEST_P(ChunkChainOnBothPaths, DecryptsManyBlocksPerCallAsOneAtATime) {
     for (const std::uint32_t suite : {1u, 5u, 16u}) {
         const Stream stream(suite, random);
         const std::size_t blockSize = SuiteBlockSize(suite);
-        const Bytes plain = RandomBytes(random, 200 * blockSize);
+        const Bytes plain = RandomBytes(random, 200 * blockSize + 5);  // a tail stays as it is
         Bytes encrypted = plain;
         stream.Chain().EncryptBlocks(encrypted);
 
@@ -147,7 +114,7 @@ TEST_P(ChunkChainOnBothPaths, DecryptsManyBlocksPerCallAsOneAtATime) {
 
         Bytes single = encrypted;
         auto chain = stream.Chain();
-        for (std::size_t offset = 0; offset < single.size(); offset += blockSize) {
+        for (std::size_t offset = 0; offset + blockSize <= single.size(); offset += blockSize) {
             chain.DecryptBlocks(std::span(single).subspan(offset, blockSize));
         }
         EXPECT_EQ(single, plain) << "suite " << suite;

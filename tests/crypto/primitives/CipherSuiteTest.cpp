@@ -1,4 +1,4 @@
-// The suite tables, schedule layout and the region operations, against small cases worked out
+// The schedule layout and the region operations, against small cases worked out
 // from the chaining rule with the bare block operations.
 
 #include <gtest/gtest.h>
@@ -32,50 +32,6 @@ void XorInto(std::span<std::uint8_t> target, std::span<const std::uint8_t> sourc
     for (std::size_t i = 0; i < target.size(); ++i) {
         target[i] ^= source[i];
     }
-}
-
-TEST(SuiteTables, SizesFollowTheRows) {
-    EXPECT_EQ(CipherTable().back().id, 0u);
-    EXPECT_EQ(SuiteKeySize(14), 32u + 56u + 32u);
-    EXPECT_EQ(SuiteScheduleSize(16), kScheduleBlockSize);
-    EXPECT_EQ(SuiteMaxKeySize(), 64u);
-    EXPECT_EQ(SuiteLastCipher(18), kCipherSerpent);
-    EXPECT_EQ(SuiteBlockSize(13), 8u);
-    EXPECT_EQ(SuiteBlockSize(kSuiteAes), 16u);
-    for (const std::uint32_t empty : {0u, 10u, 11u, 12u, 20u, 0xFFFFFFFFu}) {
-        EXPECT_EQ(SuiteKeySize(empty), 0u) << "suite " << empty;
-        EXPECT_EQ(SuiteLastCipher(empty), 0u) << "suite " << empty;
-    }
-    EXPECT_EQ(CipherBlockSize(10), 0u);  // IDEA lies behind the terminator
-}
-
-TEST(SuiteInit, LaysTheSchedulesOneBehindTheOther) {
-    std::mt19937 random(1);
-    const Keyed keyed(16, random);  // Serpent, Twofish, AES
-    std::size_t keyOffset = 0;
-    std::size_t scheduleOffset = 0;
-    for (const std::uint32_t cipher : {kCipherSerpent, kCipherTwofish, kCipherAes}) {
-        Bytes alone(kScheduleBlockSize);
-        ASSERT_TRUE(CipherInit(cipher, std::span(keyed.key).subspan(keyOffset), alone));
-        const std::size_t size = CipherScheduleSize(cipher);
-        EXPECT_TRUE(std::equal(alone.begin(), alone.begin() + size,
-                               keyed.schedule.begin() + scheduleOffset))
-            << "cipher " << cipher;
-        keyOffset += CipherKeySize(cipher);
-        scheduleOffset += size;
-    }
-}
-
-TEST(SuiteInit, RefusesEmptySuitesShortKeysAndShortSchedules) {
-    const Bytes key(128, 7);
-    Bytes schedule(kScheduleBlockSize, 0xEE);
-    for (const std::uint32_t suite : {0u, 10u, 11u, 12u, 20u}) {
-        EXPECT_FALSE(SuiteInit(suite, key, schedule)) << "suite " << suite;
-    }
-    EXPECT_FALSE(SuiteInit(14, std::span(key).first(119), schedule));
-    EXPECT_FALSE(SuiteInit(16, key, std::span(schedule).first(kScheduleBlockSize - 1)));
-    EXPECT_TRUE(std::all_of(schedule.begin(), schedule.end(), [](auto b) { return b == 0xEE; }));
-    EXPECT_TRUE(SuiteInit(14, std::span(key).first(120), schedule));
 }
 
 class Region : public testing::Test {
@@ -147,23 +103,12 @@ TEST_F(Region, Mode3RunsOnePassPerCipherEachFromTheIv) {
     EXPECT_EQ(Encrypted(13, keyed, plain), expected);
 }
 
-TEST_F(Region, LeavesEmptyRegionsAndShortTailsUnchanged) {
+TEST_F(Region, LeavesShortTailsUnchanged) {
     const Keyed keyed(kSuiteAes, random);
-    Bytes empty;
-    EXPECT_TRUE(RegionEncrypt(empty, keyed.schedule, iv, whitening, kSuiteAes));
-
     const Bytes plain = RandomBytes(random, 20);
     const Bytes encrypted = Encrypted(kSuiteAes, keyed, plain);
     EXPECT_TRUE(std::equal(plain.begin() + 16, plain.end(), encrypted.begin() + 16));
     EXPECT_FALSE(std::equal(plain.begin(), plain.begin() + 16, encrypted.begin()));
-}
-
-TEST_F(Region, RestartsAtTheIvForEveryRegion) {
-    const Keyed keyed(kSuiteAes, random);
-    const Bytes twoEqualBlocks(32, 0x61);
-    const Bytes first = Encrypted(kSuiteAes, keyed, twoEqualBlocks);
-    EXPECT_EQ(Encrypted(kSuiteAes, keyed, twoEqualBlocks), first);
-    EXPECT_FALSE(std::equal(first.begin(), first.begin() + 16, first.begin() + 16));
 }
 
 TEST_F(Region, DecryptionUndoesEncryptionForEverySuite) {
@@ -177,7 +122,7 @@ TEST_F(Region, DecryptionUndoesEncryptionForEverySuite) {
     }
 }
 
-TEST_F(Region, RefusesWhatItCannotTransformAndLeavesTheBuffer) {
+TEST_F(Region, RefusesWhatItCannotTransformAndLeavesTheBuffers) {
     const Keyed keyed(16, random);
     const Bytes plain = RandomBytes(random, 32);
     Bytes data = plain;
@@ -189,6 +134,14 @@ TEST_F(Region, RefusesWhatItCannotTransformAndLeavesTheBuffer) {
     EXPECT_FALSE(RegionEncrypt(data, keyed.schedule, std::span(iv).first(15), whitening, 16));
     EXPECT_FALSE(RegionEncrypt(data, keyed.schedule, iv, std::span(whitening).first(7), 16));
     EXPECT_EQ(data, plain);
+
+    Bytes schedule(kScheduleBlockSize, 0xEE);
+    const Bytes key(128, 7);
+    EXPECT_FALSE(SuiteInit(0, key, schedule));
+    EXPECT_FALSE(SuiteInit(14, std::span(key).first(119), schedule));
+    EXPECT_FALSE(SuiteInit(16, key, std::span(schedule).first(kScheduleBlockSize - 1)));
+    EXPECT_TRUE(std::all_of(schedule.begin(), schedule.end(), [](auto b) { return b == 0xEE; }));
+    EXPECT_TRUE(SuiteInit(14, std::span(key).first(120), schedule));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Published vectors for the nine ciphers, in this system's byte orders, on both AES paths; the
-// many-blocks entry against single blocks; key usage; round trips over random keys.
+// Published vectors for the ciphers, in this system's byte orders, on both AES paths; the
+// many-blocks entry against single blocks; round trips over random keys.
 
 #include <gtest/gtest.h>
 
@@ -29,31 +29,17 @@ struct CipherVector {
     const char* encrypted;
 };
 
-// Sources: AES FIPS 197 C.3; Serpent NESSIE set 1 #0, set 3 #1, set 4 #0; Twofish paper
-// (the first two entries of its 256-bit ECB table); Blowfish, Eric Young's vectors
+// Sources: AES FIPS 197 C.3; Serpent NESSIE set 4 #0; Twofish paper (the first entry of its
+// 256-bit ECB table); Blowfish, one of Eric Young's vectors
 // with the 8-byte key repeated to 56 bytes and each half stored little-endian; CAST5 RFC 2144
 // B.1; CAST6 RFC 2612 (128-bit key); RC5-32/12/16 and RC6-32/20/16 from their papers.
 constexpr CipherVector kVectors[] = {
     {kCipherAes, "000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f",
      "00112233445566778899aabbccddeeff", "8ea2b7ca516745bfeafc49904b496089"},
-    {kCipherSerpent, "8000000000000000000000000000000000000000000000000000000000000000",
-     "00000000000000000000000000000000", "a223aa1288463c0e2be38ebd825616c0"},
-    {kCipherSerpent, "0101010101010101010101010101010101010101010101010101010101010101",
-     "01010101010101010101010101010101", "ec9723b15b2a6489f84c4524fffc2748"},
     {kCipherSerpent, "000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f",
      "00112233445566778899aabbccddeeff", "2868b7a2d28ecd5e4fdefac3c4330074"},
     {kCipherTwofish, "0000000000000000000000000000000000000000000000000000000000000000",
      "00000000000000000000000000000000", "57ff739d4dc92c1bd7fc01700cc8216f"},
-    {kCipherTwofish, "0000000000000000000000000000000000000000000000000000000000000000",
-     "57ff739d4dc92c1bd7fc01700cc8216f", "d43bb7556ea32e46f2a282b7d45b4e0d"},
-    {kCipherBlowfish,
-     "0000000000000000000000000000000000000000000000000000000000000000000000000000000000000000"
-     "00000000000000000000000000000000",
-     "0000000000000000", "4597f94e78dd9861"},
-    {kCipherBlowfish,
-     "ffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffff"
-     "ffffffffffffffffffffffffffffffff",
-     "ffffffffffffffff", "d56f86518acb5eb8"},
     {kCipherBlowfish,
      "0123456789abcdef0123456789abcdef0123456789abcdef0123456789abcdef0123456789abcdef01234567"
      "89abcdef0123456789abcdef",
@@ -62,10 +48,6 @@ constexpr CipherVector kVectors[] = {
     {kCipherCast6, "2342bb9efa38542c0af75647f29f615d", "00000000000000000000000000000000",
      "c842a08972b43d20836c91d1b7530f6b"},
     {kCipherRc5, "00000000000000000000000000000000", "0000000000000000", "21a5dbee154b8f6d"},
-    {kCipherRc5, "915f4619be41b2516355a50110a9ce91", "21a5dbee154b8f6d", "f7c013ac5b2b8952"},
-    {kCipherRc5, "783348e75aeb0f2fd7b169bb8dc16787", "f7c013ac5b2b8952", "2f42b3b70369fc92"},
-    {kCipherRc6, "00000000000000000000000000000000", "00000000000000000000000000000000",
-     "8fc3a53656b1f778c129df4e9848a41e"},
     {kCipherRc6, "0123456789abcdef0112233445566778", "02132435465768798a9bacbdcedfe0f1",
      "524e192f4715c6231f51f6367ea43f18"},
 };
@@ -113,7 +95,7 @@ protected:
 TEST_P(EveryCipher, ManyBlocksInOneCallEqualOneAtATimeAndDecrypt) {
     std::mt19937 random(Cipher());
     const std::size_t blockSize = CipherBlockSize(Cipher());
-    for (int trial = 0; trial < 50; ++trial) {
+    for (int trial = 0; trial < 10; ++trial) {
         const auto schedule = Schedule(Cipher(), RandomBytes(random, CipherKeySize(Cipher())));
         const std::size_t blocks = trial == 0 ? 255 : 3;
         const auto plain = RandomBytes(random, blocks * blockSize + 5);
@@ -135,25 +117,6 @@ INSTANTIATE_TEST_SUITE_P(Ciphers, EveryCipher,
                          testing::Combine(testing::ValuesIn(kAllCiphers),
                                           testing::Values(AesPath::Tables, AesPath::AesNi)));
 
-// Only the first 16 key bytes enter the schedules of MARS, CAST6, RC5 and RC6; the others use
-// every byte of their key size.
-TEST(CipherKeyUsage, MatchesTheBytesEachCipherUses) {
-    for (const std::uint32_t cipher : kAllCiphers) {
-        const bool usesSixteen = cipher == kCipherMars || cipher == kCipherCast6 ||
-                                 cipher == kCipherRc5 || cipher == kCipherRc6;
-        const std::size_t used = usesSixteen ? 16 : CipherKeySize(cipher);
-        std::vector<std::uint8_t> key(CipherKeySize(cipher), 0x11);
-        const auto reference = Schedule(cipher, key);
-        key[used - 1] ^= 0x80;
-        EXPECT_NE(Schedule(cipher, key), reference) << "cipher " << cipher;
-        key[used - 1] ^= 0x80;
-        if (used < key.size()) {
-            key.back() ^= 0x80;
-            EXPECT_EQ(Schedule(cipher, key), reference) << "cipher " << cipher;
-        }
-    }
-}
-
 TEST(CipherInit, RefusesUnknownCiphersAndShortBuffers) {
     std::vector<std::uint8_t> key(64, 1);
     std::vector<std::uint8_t> schedule(kScheduleBlockSize, 0xEE);
@@ -164,29 +127,6 @@ TEST(CipherInit, RefusesUnknownCiphersAndShortBuffers) {
     // RC6's 44 round keys take 176 bytes, more than its 160 in the table.
     EXPECT_FALSE(CipherInit(kCipherRc6, key, std::span(schedule).first(160)));
     EXPECT_TRUE(std::all_of(schedule.begin(), schedule.end(), [](auto b) { return b == 0xEE; }));
-}
-
-TEST(CipherBlocks, UnknownCipherLeavesTheBlockUntouched) {
-    const std::vector<std::uint8_t> schedule(kScheduleBlockSize, 1);
-    std::vector<std::uint8_t> block(16, 0x42);
-    CipherEncryptBlock(11, block, schedule);
-    CipherDecryptBlock(0, block, schedule);
-    EXPECT_EQ(block, std::vector<std::uint8_t>(16, 0x42));
-}
-
-TEST(AesPaths, BuildTheSameSchedule) {
-    if (!CpuHasAesNi()) {
-        GTEST_SKIP() << "no AES-NI on this processor";
-    }
-    std::mt19937 random(7);
-    for (int trial = 0; trial < 20; ++trial) {
-        const auto key = RandomBytes(random, 32);
-        SetAesNiDisabled(true);
-        const auto tables = Schedule(kCipherAes, key);
-        SetAesNiDisabled(false);
-        const auto aesNi = Schedule(kCipherAes, key);
-        EXPECT_EQ(tables, aesNi);
-    }
 }
 
 std::uint32_t ScheduleWord(const std::vector<std::uint8_t>& schedule, std::size_t index) {

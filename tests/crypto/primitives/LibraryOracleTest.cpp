@@ -43,7 +43,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 using test::RandomBytes;
-constexpr int kTrials = 200;
+constexpr int kTrials = 50;
 
 Bytes Schedule(std::uint32_t cipher, const Bytes& key) {
     Bytes schedule(kScheduleBlockSize);
@@ -124,30 +124,24 @@ INSTANTIATE_TEST_SUITE_P(BothPaths, AesAgainstOpenSsl,
                          testing::Values(test::AesPath::Tables, test::AesPath::AesNi),
                          test::AesPathLabel);
 
-TEST(BlowfishAgainstOpenSsl, MatchesWithLittleEndianHalves) {
+// Blowfish stores its halves little-endian, OpenSSL big-endian.
+TEST(BlowfishAndCast5AgainstOpenSsl, Match) {
     std::mt19937 random(3);
     for (int trial = 0; trial < kTrials; ++trial) {
         const Bytes key = RandomBytes(random, 56);
         const Bytes plain = RandomBytes(random, 8);
-        BF_KEY reference;
-        BF_set_key(&reference, 56, key.data());
         Bytes expected(8);
+        BF_KEY blowfish;
+        BF_set_key(&blowfish, 56, key.data());
         const Bytes swapped = SwapWords(plain);
-        BF_ecb_encrypt(swapped.data(), expected.data(), &reference, BF_ENCRYPT);
+        BF_ecb_encrypt(swapped.data(), expected.data(), &blowfish, BF_ENCRYPT);
         ASSERT_EQ(Encrypted(kCipherBlowfish, key, plain), SwapWords(expected));
-    }
-}
 
-TEST(Cast5AgainstOpenSsl, Matches) {
-    std::mt19937 random(4);
-    for (int trial = 0; trial < kTrials; ++trial) {
-        const Bytes key = RandomBytes(random, 16);
-        const Bytes plain = RandomBytes(random, 8);
-        CAST_KEY reference;
-        CAST_set_key(&reference, 16, key.data());
-        Bytes expected(8);
-        CAST_ecb_encrypt(plain.data(), expected.data(), &reference, CAST_ENCRYPT);
-        ASSERT_EQ(Encrypted(kCipherCast5, key, plain), expected);
+        const Bytes castKey(key.begin(), key.begin() + 16);
+        CAST_KEY cast;
+        CAST_set_key(&cast, 16, castKey.data());
+        CAST_ecb_encrypt(plain.data(), expected.data(), &cast, CAST_ENCRYPT);
+        ASSERT_EQ(Encrypted(kCipherCast5, castKey, plain), expected);
     }
 }
 
@@ -173,7 +167,7 @@ TEST(HashesAgainstOpenSsl, Sha256HmacAndPbkdf2Match) {
              expected.data(), &macLength);
         ASSERT_TRUE(std::equal(mac.begin(), mac.end(), expected.begin()));
     }
-    for (int trial = 0; trial < 20; ++trial) {
+    for (int trial = 0; trial < 5; ++trial) {
         const Bytes password = RandomBytes(random, random() % 65);
         const Bytes salt = RandomBytes(random, 64);
         Bytes derived(96);

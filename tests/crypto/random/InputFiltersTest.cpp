@@ -43,15 +43,6 @@ TEST(KeyEventFilter, OnlyTheReleaseOfAKeyPressedOnceWithoutAltCounts) {
     EXPECT_EQ((*next)[1], TimingCrc(1000u - 1250u, 1250));
 }
 
-TEST(KeyEventFilter, HeldKeyAddsNothingUntilReleased) {
-    KeyEventFilter filter;
-    const std::uint32_t repeatWhileHeld = KeyData(0x2C, 1, false) | 1u << 30;
-    for (std::uint32_t t = 100; t < 1000; t += 33) {
-        EXPECT_FALSE(filter.Filter(repeatWhileHeld, t));
-    }
-    EXPECT_TRUE(filter.Filter(KeyData(0x2C, 1, true), 1000));
-}
-
 TEST(KeyEventFilter, AScanCodeEqualToBothOfTheLastTwoIsDropped) {
     KeyEventFilter filter;
     const std::uint32_t a = KeyData(0x1E, 1, true);

@@ -76,18 +76,6 @@ TEST_F(PoolStateTest, ReadPositionWrapsAt512AndCountsAbove512KeepWrapping) {
     EXPECT_EQ(carried.readPos, (500u + 1200u) % 512u);
 }
 
-TEST_F(PoolStateTest, CountZeroStillPollsAndInverts) {
-    Stir(pool);
-    const PoolBytes before = Snapshot(pool);
-    pool.GetBytes(sources, nullptr, 0, false);
-    EXPECT_EQ(sources.calls, "SFF");
-    const PoolBytes after = Snapshot(pool);
-    for (std::size_t i = 0; i < kPoolSize; ++i) {
-        ASSERT_EQ(after[i], static_cast<std::uint8_t>(~before[i])) << i;
-    }
-    EXPECT_EQ(carried.readPos, 0u);
-}
-
 TEST_F(PoolStateTest, SlowPollOnFirstRequestOrWhenForcedAndNotAgainAfterARestart) {
     std::uint8_t out[4];
     pool.GetBytes(sources, out, sizeof(out), false);

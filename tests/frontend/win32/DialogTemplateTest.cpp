@@ -1,5 +1,5 @@
-// The stub's resources as built: each dialog template against the layout table, the icon
-// group, the manifest, the version, and the executable's subsystem and imports.
+// The stub's resources as built: each dialog template against the layout table, and the
+// executable's subsystem and imports.
 
 #include <windows.h>
 
@@ -7,12 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <tuple>
 #include <vector>
 
-#include "DcfVersion.h"
 #include "tests/frontend/win32/BuiltStub.h"
 #include "tests/frontend/win32/ResourceReader.h"
 
@@ -113,44 +111,6 @@ TEST(StubResources, EveryDialogTemplateMatchesItsLayoutAndLanguage) {
     }
 }
 
-TEST(StubResources, IconGroupHoldsThreeSizesOfThirtyTwoBits) {
-    const tests::ResourceModule stub(tests::BuiltStubPath());
-    ASSERT_TRUE(stub.Loaded());
-    const std::vector<std::uint8_t> group = stub.Bytes(RT_GROUP_ICON, 107);
-    ASSERT_GE(group.size(), 6u + 3 * 14);
-    ASSERT_EQ(group[4], 3);  // image count
-    for (std::size_t i = 0; i < 3; ++i) {
-        const std::uint8_t* entry = group.data() + 6 + 14 * i;
-        const int size = entry[0];
-        EXPECT_EQ(size, std::vector<int>({48, 32, 16})[i]);
-        EXPECT_EQ(entry[6], 32);  // bits per pixel
-        const WORD imageId = static_cast<WORD>(entry[12] | entry[13] << 8);
-        const std::vector<std::uint8_t> image = stub.Bytes(RT_ICON, imageId);
-        ASSERT_GE(image.size(), sizeof(BITMAPINFOHEADER));
-        BITMAPINFOHEADER header;
-        std::memcpy(&header, image.data(), sizeof(header));
-        EXPECT_EQ(header.biWidth, size);
-        EXPECT_EQ(header.biHeight, 2 * size);  // colour and mask
-        EXPECT_EQ(header.biBitCount, 32);
-        // Colour rows, then a mask row of whole 32-bit words per pixel row.
-        EXPECT_EQ(image.size(), sizeof(header) + std::size_t(size) * size * 4 +
-                                    std::size_t(size) * ((size + 31) / 32 * 4));
-    }
-}
-
-TEST(StubResources, ManifestRunsAsInvokerWithCommonControlsSix) {
-    const tests::ResourceModule stub(tests::BuiltStubPath());
-    ASSERT_TRUE(stub.Loaded());
-    const std::vector<std::uint8_t> bytes = stub.Bytes(RT_MANIFEST, 1);
-    const std::string manifest(bytes.begin(), bytes.end());
-    EXPECT_NE(manifest.find(R"(level="asInvoker")"), std::string::npos);
-    EXPECT_NE(manifest.find(R"(uiAccess="false")"), std::string::npos);
-    const std::size_t controls = manifest.find(R"(name="Microsoft.Windows.Common-Controls")");
-    ASSERT_NE(controls, std::string::npos);
-    EXPECT_EQ(manifest.find(R"(version="6.0.0.0")", controls),
-              manifest.find(R"(version=")", controls));
-}
-
 TEST(StubResources, GuiProgramThatNeedsOnlySystemLibraries) {
     const tests::ResourceModule stub(tests::BuiltStubPath());
     ASSERT_TRUE(stub.Loaded());
@@ -169,30 +129,6 @@ TEST(StubResources, GuiProgramThatNeedsOnlySystemLibraries) {
                     dll.rfind("api-ms-win-", 0) == 0)
             << dll << " is not part of the system";
     }
-}
-
-// Explorer's Details show the version of the build, in numbers and as text.
-TEST(StubResources, VersionResourceCarriesTheBuildsVersion) {
-    const tests::ResourceModule stub(tests::BuiltStubPath());
-    ASSERT_TRUE(stub.Loaded());
-    const std::vector<std::uint8_t> bytes = stub.Bytes(RT_VERSION, VS_VERSION_INFO);
-    const std::uint8_t signature[] = {0xBD, 0x04, 0xEF, 0xFE};
-    const auto fixed = std::search(bytes.begin(), bytes.end(), signature, signature + 4);
-    ASSERT_GE(bytes.end() - fixed, static_cast<std::ptrdiff_t>(sizeof(VS_FIXEDFILEINFO)));
-    VS_FIXEDFILEINFO info;
-    std::memcpy(&info, &*fixed, sizeof(info));
-    EXPECT_EQ(info.dwFileVersionMS, DWORD{DCF_VERSION_MAJOR} << 16 | DCF_VERSION_MINOR);
-    EXPECT_EQ(info.dwFileVersionLS, DWORD{DCF_VERSION_PATCH} << 16);
-    EXPECT_EQ(info.dwProductVersionMS, info.dwFileVersionMS);
-    // "FileVersion", its terminator and the padding to 32 bits, then the text.
-    std::u16string units(bytes.size() / 2, u'\0');
-    std::memcpy(units.data(), bytes.data(), units.size() * 2);
-    const std::size_t key = units.find(u"FileVersion");
-    ASSERT_NE(key, std::u16string::npos);
-    const std::size_t value = units.find_first_not_of(u'\0', key + 11);
-    const std::string expected = DCF_VERSION_TEXT;
-    EXPECT_TRUE(units.compare(value, expected.size() + 1,
-                              std::u16string(expected.begin(), expected.end()) + u'\0') == 0);
 }
 
 }  // namespace

@@ -211,17 +211,6 @@ TEST_F(ArchiveCommandsTest, ExitCodesAndMessagesByClassOfFailure) {
     }
 }
 
-TEST_F(ArchiveCommandsTest, CommandLineMistakesAreAnsweredInOneLine) {
-    for (const auto& [arguments, needle] :
-         {std::pair<std::string, std::string>{"extrct a.dcf", "did you mean 'extract'?"},
-          {"frobnicate", "'frobnicate' is not a command"},
-          {"", "A subcommand is required"},
-          {"extract", "ARCHIVE is required; see 'dcf extract --help'"},
-          {"extract archive.dcf --overwrite sometimes", "sometimes not in"}}) {
-        ExpectFailure(Dcf(arguments), kUsage, "", needle);
-    }
-}
-
 // Replacing and skipping are the reader's; without a terminal "ask" can't ask and stops like
 // "cancel", before anything is written.
 TEST_F(ArchiveCommandsTest, OverwriteModesThatStop) {

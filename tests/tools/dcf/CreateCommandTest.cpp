@@ -244,34 +244,6 @@ TEST_F(CreateCommandTest, ReplacedArchiveStaysUntilTheNewOneIsComplete) {
     }
 }
 
-TEST_F(CreateCommandTest, RecipientAloneOpensAndSelfExtractingFilesCarryTheStub) {
-    ASSERT_EQ(Dcf("keygen --name r --out key").code, 0);
-    std::string stub = "#!/bin/sh\necho stub\nexit 0\n";
-    stub.resize(5000, '\n');
-    WriteAll(Path("stub"), stub);
-    fs::permissions(Path("stub"), fs::perms::owner_exec, fs::perm_options::add);
-
-    // A stub that is no Windows program gives a name without ".exe".
-    const Outcome created =
-        Dcf("create parcel data/reports --no-password --recipient key.pubkey --sfx --stub stub");
-    ASSERT_EQ(created.code, 0) << created.err;
-    const std::string file = ReadAll(Path("parcel"));
-    EXPECT_EQ(file.substr(0, stub.size()), stub);
-    EXPECT_NE(fs::status(Path("parcel")).permissions() & fs::perms::owner_exec, fs::perms::none);
-
-    ASSERT_EQ(Dcf("extract parcel -C out --key key.privkey").code, 0);
-    EXPECT_EQ(ReadAll(Path("out/reports/2021/a.txt")), "annual report");
-    const Outcome info = Dcf("info --json parcel");
-    ASSERT_EQ(info.code, 0);
-    EXPECT_EQ(nlohmann::json::parse(info.out)["imageOffset"], stub.size());
-
-    // One that begins like a Windows program does.
-    WriteAll(Path("windows-stub"), "MZ" + stub);
-    ASSERT_EQ(Dcf("create win data/notes --password-file password --sfx --stub windows-stub").code,
-              0);
-    EXPECT_EQ(ReadAll(Path("win.exe")).substr(0, stub.size() + 2), "MZ" + stub);
-}
-
 TEST_F(CreateCommandTest, ManifestGivesCategoriesToFilesAndThePreamble) {
     // One category is named for one file and bare for the other: the archive knows its name.
     WriteAll(Path("manifest.json"), R"({

@@ -2,8 +2,6 @@
 // with stand-in stubs whose digests are published SHA-256 test vectors.
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-
 #include <filesystem>
 #include <string>
 
@@ -51,35 +49,6 @@ protected:
 
     tests::TestFolder folder_;
 };
-
-TEST_F(ShippedStubsTest, InstalledDcfTakesTheWindowsStubByDefaultAndKnowsItsDigests) {
-    const fs::path dcf = InstallDcf("usr/bin/dcf");
-    PlaceStubs("usr/lib/dcf/stubs");
-    ASSERT_EQ(Run(dcf, "create parcel data/notes --sfx --password-file password -q").code, 0);
-    EXPECT_EQ(ReadAll(Path("parcel.exe")).substr(0, kWindowsStub.size()), kWindowsStub);
-    const Outcome info = Run(dcf, "info parcel.exe");
-    ASSERT_EQ(info.code, 0) << info.err;
-    EXPECT_NE(info.out.find("Stub SHA-256:  " + kWindowsDigest), std::string::npos) << info.out;
-
-    // Linux: no ".exe", and the digest of a two-block stub.
-    ASSERT_EQ(
-        Run(dcf, "create tux data/notes --sfx --stub-for linux --password-file password -q").code,
-        0);
-    const auto tux = nlohmann::json::parse(Run(dcf, "info --json tux").out);
-    EXPECT_EQ(tux["stubSha256"], kLinuxDigest);
-    EXPECT_EQ(tux["shippedStub"], "linux");
-    EXPECT_EQ(tux["imageOffset"], kLinuxStub.size());
-
-    // A stub of one's own is told apart; a plain archive has none.
-    WriteAll(Path("own"), "MZ" + kWindowsStub);
-    ASSERT_EQ(Run(dcf, "create own data/notes --sfx --stub own --password-file password -q").code,
-              0);
-    const auto own = nlohmann::json::parse(Run(dcf, "info --json own.exe").out);
-    EXPECT_EQ(own["shippedStub"], nullptr);
-    EXPECT_EQ(own["stubSha256"].get<std::string>().size(), 64u);
-    ASSERT_EQ(Run(dcf, "create plain data/notes --password-file password -q").code, 0);
-    EXPECT_EQ(nlohmann::json::parse(Run(dcf, "info --json plain.dcf").out)["stubSha256"], nullptr);
-}
 
 TEST_F(ShippedStubsTest, BuildTreeDcfFindsStubsBesideItAndNamesTheOneMissing) {
     const fs::path dcf = InstallDcf("build/tools/dcf/dcf");

@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "archive/detail/SfxTrailer.h"
 #include "tests/RecipientKey.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
@@ -54,33 +53,6 @@ protected:
     // header, tag block and three chunks, b's header and chunk.
     std::vector<std::size_t> at_;
 };
-
-TEST_F(ArchiveCommandsTest, PlainAndSelfExtractingFilesReadAlike) {
-    // The image behind stub bytes with its trailer, under a name that says nothing.
-    Bytes sfx(3000, 'M');
-    sfx.insert(sfx.end(), image_.begin(), image_.end());
-    const SfxTrailerBytes trailer = BuildSfxTrailer(image_.size());
-    sfx.insert(sfx.end(), trailer.begin(), trailer.end());
-    WriteAll(Path("parcel.bin"), sfx);
-
-    for (const auto& [file, offset] :
-         {std::pair<std::string, std::size_t>{"archive.dcf", 0}, {"parcel.bin", 3000}}) {
-        SCOPED_TRACE(file);
-        const fs::path out = Path("out-" + file);
-        const Outcome extracted = Dcf("extract " + file + " -C " + Quoted(out) + WithPassword());
-        ASSERT_EQ(extracted.code, 0) << extracted.err;
-        EXPECT_EQ(extracted.err, "");  // no progress line where there is no terminal
-        EXPECT_NE(extracted.out.find("Extracted 2 of 2 files"), std::string::npos);
-        EXPECT_EQ(ReadAll(out / "d" / "a"), std::string(content_.begin(), content_.end()));
-        EXPECT_EQ(ReadAll(out / "d" / "b"), std::string(20, 'b'));
-
-        const Outcome info = Dcf("info --json " + file);
-        ASSERT_EQ(info.code, 0) << info.err;
-        const auto json = nlohmann::json::parse(info.out);
-        EXPECT_EQ(json["selfExtracting"], offset != 0);
-        EXPECT_EQ(json["imageOffset"], offset);
-    }
-}
 
 TEST_F(ArchiveCommandsTest, ListAndTestReadEveryEntryAndWriteNothing) {
     const Outcome listed = Dcf("list --json archive.dcf" + WithPassword());
@@ -337,14 +309,11 @@ TEST_F(ArchiveCommandsTest, FilesInTheWayAreAskedAboutOnATerminal) {
     if (!CanRunOnTerminal()) {
         GTEST_SKIP() << "no script(1) to make a terminal";
     }
-    const auto inTheWay = [&] {
-        WriteAll(Path("out/d/a"), std::string("old a"));
-        WriteAll(Path("out/d/b"), std::string("old b"));
-    };
-    const std::string extract = "extract archive.dcf -C out --overwrite ask" + WithPassword();
+    WriteAll(Path("out/d/a"), std::string("old a"));
+    WriteAll(Path("out/d/b"), std::string("old b"));
     // "x" is no answer and is asked again; "n" keeps a, "y" replaces b.
-    inTheWay();
-    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), extract,
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(),
+                               "extract archive.dcf -C out --overwrite ask" + WithPassword(),
                                {{"Replace it", "x"}, {"Replace it", "n"}, {"Replace it", "Y"}}),
               0)
         << ReadAll(Path("transcript"));
@@ -352,12 +321,6 @@ TEST_F(ArchiveCommandsTest, FilesInTheWayAreAskedAboutOnATerminal) {
               std::string::npos);
     EXPECT_EQ(ReadAll(Path("out/d/a")), "old a");
     EXPECT_EQ(ReadAll(Path("out/d/b")), std::string(20, 'b'));
-
-    // "q" stops at once: the files stay as they were.
-    inTheWay();
-    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), extract, {{"Replace it", "q"}}), kCancelled);
-    EXPECT_EQ(ReadAll(Path("out/d/a")), "old a");
-    EXPECT_EQ(ReadAll(Path("out/d/b")), "old b");
 }
 
 }  // namespace

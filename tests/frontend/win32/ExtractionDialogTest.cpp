@@ -123,7 +123,7 @@ TEST_F(ExtractionDialogTest, PickersFillTheirFieldsAndACancelledChoiceKeepsThem)
     }
     EXPECT_EQ(pickers.FolderCalls(), 2);
     EXPECT_EQ(pickers.FileCalls(), 2);
-    EXPECT_EQ(pickers.LastFileRequest().owner, dialog.Handle());
+    EXPECT_EQ(pickers.LastFileOwner(), dialog.Handle());
 
     // The picked folder has no final separator and still gets exactly one before the name.
     dialog.Type(IDC_KEY_PATH, u"");

@@ -34,13 +34,6 @@ protected:
     tests::TestFolder folder_;
 };
 
-TEST_F(RunExtractionTest, RefusesWithoutKeyOrPassword) {
-    ExtractionParameters.sourcePath = folder_.Path(u"any.exe");
-    ExtractionParameters.targetPath = folder_.Path(u"out");
-    EXPECT_FALSE(RunExtraction());
-    EXPECT_FALSE(platform::PathExists(folder_.Path(u"out")));  // nothing was created
-}
-
 TEST_F(RunExtractionTest, RefusesMissingOrEmptySourceBeforeCreatingTheTarget) {
     ExtractionParameters.passwordGiven = true;
     ExtractionParameters.password = u"pw";

@@ -15,8 +15,8 @@ TEST(StubEntry, WithoutBothKeyAndTargetTheInteractiveWayWithoutTerminalShowsHelp
     for (const char* wrong : {"GUI", "to for", "\r"}) {
         EXPECT_EQ(help.find(wrong), std::string::npos) << wrong;
     }
-    for (const auto& tokens : std::vector<std::vector<std::u16string>>{
-             {}, {u"-key", u"k"}, {u"-target", u"t"}, {u"-source", u"s"}, {u"unknown"}}) {
+    for (const auto& tokens :
+         std::vector<std::vector<std::u16string>>{{}, {u"-key", u"k"}, {u"unknown"}}) {
         ExtractionParameters = CExtractionParameters();
         CCommandLine line;
         line.Assign(tokens);

@@ -90,13 +90,7 @@ PIDLIST_ABSOLUTE WINAPI PickerScript::BrowseForFolder(LPBROWSEINFOW) {
 BOOL WINAPI PickerScript::OpenFileName(LPOPENFILENAMEW request) {
     PickerScript& self = *activePickers;
     ++self.fileCalls_;
-    std::u16string filter;
-    for (const wchar_t* part = request->lpstrFilter; part != nullptr && *part != L'\0';
-         part += wcslen(part) + 1) {
-        filter += (filter.empty() ? u"" : u"|") + Narrowed(part);
-    }
-    self.fileRequest_ = {request->hwndOwner, request->Flags, filter,
-                         Narrowed(request->lpstrDefExt)};
+    self.fileOwner_ = request->hwndOwner;
     if (self.choice_.empty() || self.choice_.size() >= request->nMaxFile) {
         return FALSE;
     }

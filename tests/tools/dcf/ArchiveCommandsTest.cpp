@@ -5,13 +5,11 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
-#include "archive/detail/SfxTrailer.h"
 #include "tests/RecipientKey.h"
 #include "tests/TestFolder.h"
 #include "tests/archive/ImageBuilder.h"
@@ -48,11 +46,6 @@ protected:
         return RunDcf(folder_.Native(), arguments, input);
     }
 
-    void ExpectExtracted(const fs::path& root) const {
-        EXPECT_EQ(ReadAll(root / "d" / "a"), std::string(content_.begin(), content_.end()));
-        EXPECT_EQ(ReadAll(root / "d" / "b"), std::string(20, 'b'));
-    }
-
     tests::TestFolder folder_;
     Bytes content_;
     Bytes image_;
@@ -61,66 +54,18 @@ protected:
     std::vector<std::size_t> at_;
 };
 
-TEST_F(ArchiveCommandsTest, PlainAndSelfExtractingFilesReadAlike) {
-    // The image behind stub bytes with its trailer, under a name that says nothing.
-    Bytes sfx(3000, 'M');
-    sfx.insert(sfx.end(), image_.begin(), image_.end());
-    const SfxTrailerBytes trailer = BuildSfxTrailer(image_.size());
-    sfx.insert(sfx.end(), trailer.begin(), trailer.end());
-    WriteAll(Path("parcel.bin"), sfx);
-
-    for (const auto& [file, offset] :
-         {std::pair<std::string, std::size_t>{"archive.dcf", 0}, {"parcel.bin", 3000}}) {
-        SCOPED_TRACE(file);
-        const fs::path out = Path("out-" + file);
-        const Outcome extracted = Dcf("extract " + file + " -C " + Quoted(out) + WithPassword());
-        ASSERT_EQ(extracted.code, 0) << extracted.err;
-        EXPECT_EQ(extracted.err, "");  // no progress line where there is no terminal
-        EXPECT_NE(extracted.out.find("Extracted 2 of 2 files"), std::string::npos);
-        ExpectExtracted(out);
-
-        const Outcome info = Dcf("info --json " + file);
-        ASSERT_EQ(info.code, 0) << info.err;
-        const auto json = nlohmann::json::parse(info.out);
-        EXPECT_EQ(json["selfExtracting"], offset != 0);
-        EXPECT_EQ(json["imageOffset"], offset);
-        EXPECT_EQ(json["categoriesIntact"], true);
-        EXPECT_EQ(json["categories"].size(), 1u);
-    }
-    // Quiet means no output at all.
-    const Outcome quiet = Dcf("extract archive.dcf -q --overwrite replace -C q" + WithPassword());
-    ASSERT_EQ(quiet.code, 0);
-    EXPECT_EQ(quiet.out + quiet.err, "");
-}
-
 TEST_F(ArchiveCommandsTest, ListAndTestReadEveryEntryAndWriteNothing) {
     const Outcome listed = Dcf("list --json archive.dcf" + WithPassword());
     ASSERT_EQ(listed.code, 0) << listed.err;
     const auto json = nlohmann::json::parse(listed.out);
-    EXPECT_EQ(json["suiteName"], "AES with a 256-bit key");
-    EXPECT_EQ(json["folders"], nlohmann::json::array({"d"}));
     ASSERT_EQ(json["files"].size(), 2u);
     EXPECT_EQ(json["files"][0]["name"], "d/a");
     // The entry's header, tag block and three chunks, as the image holds them.
     EXPECT_EQ(json["files"][0]["packedSize"], at_[10] - at_[5]);
-    EXPECT_EQ(json["files"][0]["categories"].size(), 1u);
-
-    const Outcome plain = Dcf("list archive.dcf" + WithPassword());
-    EXPECT_NE(plain.out.find(" 5000 d/a  [1 category]\n"), std::string::npos) << plain.out;
-    EXPECT_NE(plain.out.find("   20 d/b\n"), std::string::npos) << plain.out;
-    const Outcome longForm = Dcf("list -l archive.dcf" + WithPassword());
-    ASSERT_EQ(longForm.code, 0);
-    EXPECT_NE(longForm.out.find(std::to_string(at_[10] - at_[5]) + "  d/a  ["), std::string::npos)
-        << longForm.out;
-    EXPECT_NE(longForm.out.find(std::to_string(image_.size() - at_[5]) + "  2 files, 1 folder\n"),
-              std::string::npos)
-        << longForm.out;
 
     const Outcome tested = Dcf("test archive.dcf" + WithPassword());
     ASSERT_EQ(tested.code, 0) << tested.err;
     EXPECT_NE(tested.out.find("OK, 2 files, 1 folder, 5020 bytes"), std::string::npos);
-    EXPECT_NE(tested.out.find("AES with a 256-bit key (suite 1); opened by the password"),
-              std::string::npos);
     EXPECT_FALSE(fs::exists(Path("d")));
 
     // Damage in the first file's compressed data is found by test and named by its entry.
@@ -165,53 +110,31 @@ TEST_F(ArchiveCommandsTest, MembersSelectEntriesByNameOrPattern) {
     ASSERT_EQ(Dcf("extract archive.dcf 'd/?' -C one --strip-components 1" + WithPassword()).code,
               0);
     EXPECT_EQ(ReadAll(Path("one/b")), std::string(20, 'b'));
-    EXPECT_TRUE(fs::exists(Path("one/a")));
-    ASSERT_EQ(Dcf("extract archive.dcf d/b -C two" + WithPassword()).code, 0);
-    EXPECT_TRUE(fs::exists(Path("two/d/b")));
-    EXPECT_FALSE(fs::exists(Path("two/d/a")));
-    // Names with nothing left after the strip are skipped.
-    ASSERT_EQ(Dcf("extract archive.dcf -C none --strip-components 2" + WithPassword()).code, 0);
-    EXPECT_TRUE(fs::is_empty(Path("none")));
 
-    for (const std::string command : {"list", "test", "extract"}) {
-        ExpectFailure(Dcf(command + " archive.dcf d/zz" + WithPassword()), 1, command,
-                      "nothing in the archive matches \"d/zz\"");
-    }
+    ExpectFailure(Dcf("extract archive.dcf d/zz" + WithPassword()), 1, "extract",
+                  "nothing in the archive matches \"d/zz\"");
 }
 
 TEST_F(ArchiveCommandsTest, PasswordSources) {
     // The first line of the file counts, without its line end and a byte order mark.
-    for (const std::string text :
-         {"secret", "secret\r\nsecond line", "secret\nsecond line", "\xEF\xBB\xBFsecret\n"}) {
+    for (const std::string text : {"secret\r\nsecond line", "\xEF\xBB\xBFsecret\n"}) {
         WriteAll(PasswordFile(), text);
         EXPECT_EQ(Dcf("test -q archive.dcf" + WithPassword()).code, 0) << text;
     }
     WriteAll(PasswordFile(), std::string("secret \n"));
     EXPECT_EQ(Dcf("test -q archive.dcf" + WithPassword()).code, kBadKey);
 
-    EXPECT_EQ(Dcf("test -q archive.dcf --password-stdin", "secret\nignored\n").code, 0);
-    EXPECT_EQ(Dcf("test -q archive.dcf --password-stdin", "secret").code, 0);
     ExpectFailure(Dcf("test -q archive.dcf --password-stdin", "Secret\n"), kBadKey, "test",
                   "archive.dcf");
 
     // An empty password opens nothing of ours: it is refused, whatever it came from.
     WriteAll(PasswordFile(), std::string("\n"));
-    for (const auto& [arguments, input] :
-         {std::pair<std::string, std::string>{WithPassword(), ""}, {" --password-stdin", ""}}) {
-        ExpectFailure(Dcf("test archive.dcf" + arguments, input), kUsage, "test",
-                      "the password is empty");
-    }
-
-    ExpectFailure(Dcf("test archive.dcf --password-file nowhere"), kIo, "test",
-                  "nowhere: No such file or directory");
-    ExpectFailure(Dcf("test archive.dcf --password-file ."), kIo, "test", ".: Is a directory");
+    ExpectFailure(Dcf("test archive.dcf" + WithPassword()), kUsage, "test",
+                  "the password is empty");
 
     // No key option and no terminal to ask on: a usage error, and no target folder is made.
     ExpectFailure(Dcf("extract archive.dcf -C none"), kUsage, "extract", "--password-file");
     EXPECT_FALSE(fs::exists(Path("none")));
-
-    // Two key options at once are refused by the command line.
-    EXPECT_EQ(Dcf("list archive.dcf --password-stdin" + WithPassword()).code, kUsage);
 }
 
 TEST_F(ArchiveCommandsTest, ExitCodesAndMessagesByClassOfFailure) {
@@ -247,26 +170,6 @@ TEST_F(ArchiveCommandsTest, ExitCodesAndMessagesByClassOfFailure) {
         ExpectFailure(Dcf(row.arguments), row.code, row.command, row.needle);
         EXPECT_FALSE(fs::exists(Path("out")));  // a folder made for nothing is gone again
     }
-}
-
-TEST_F(ArchiveCommandsTest, CommandLineMistakesAreAnsweredInOneLine) {
-    for (const auto& [arguments, needle] :
-         {std::pair<std::string, std::string>{"extrct a.dcf", "did you mean 'extract'?"},
-          {"lst", "did you mean 'list'?"},
-          {"frobnicate", "'frobnicate' is not a command"},
-          {"--bogus", "unknown option '--bogus'"},
-          {"", "A subcommand is required"},
-          {"extract", "ARCHIVE is required; see 'dcf extract --help'"},
-          {"extract archive.dcf --overwrite sometimes", "sometimes not in"}}) {
-        ExpectFailure(Dcf(arguments), kUsage, "", needle);
-    }
-    const Outcome help = Dcf("help create");
-    EXPECT_EQ(help.code, 0);
-    EXPECT_NE(help.out.find("Usage: dcf create"), std::string::npos) << help.out;
-    // A command's help ends with its own words, not with those of the overview.
-    EXPECT_EQ(help.out.find("COMMAND --help"), std::string::npos) << help.out;
-    EXPECT_EQ(Dcf("list --help").out.find("Exit codes"), std::string::npos);
-    EXPECT_NE(Dcf("help").out.find("Exit codes"), std::string::npos);
 }
 
 // Replacing and skipping are the reader's; without a terminal "ask" can't ask and stops like
@@ -338,7 +241,7 @@ TEST_F(ArchiveCommandsTest, SignalsLeaveNoHalfWrittenFile) {
     const Bytes zeros(64u << 20, 0);
     WriteAll(Path("big.dcf"),
              tests::BuildImage(tests::ImageSettings{}, {}, {{u"\\big", zeros, {}}}));
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : {SIGINT, SIGHUP}) {
         SCOPED_TRACE(signal);
         fs::remove_all(Path("out"));
         const int dcf = StartDcf(folder_.Native(), "extract big.dcf -C out" + WithPassword());
@@ -374,20 +277,12 @@ TEST_F(ArchiveCommandsTest, PrivateKeyOpensTheRsaSlot) {
     const Outcome opened = Dcf("extract sealed.dcf -C out" + key);
     ASSERT_EQ(opened.code, 0) << opened.err;
     EXPECT_EQ(ReadAll(Path("out") / "k"), std::string(content_.begin(), content_.end()));
-    EXPECT_NE(Dcf("test sealed.dcf" + key).out.find("opened by the private key"),
-              std::string::npos);
 
     // The archive of this fixture was sealed for nobody: the key opens nothing.
     ExpectFailure(Dcf("list archive.dcf" + key), kBadKey, "list", "archive.dcf");
 
-    WriteAll(Path("junk.privkey"), std::string(300, 'j'));
-    for (const auto& [file, needle] :
-         {std::pair<std::string, std::string>{"junk.privkey", "not a private key file"},
-          {"r.pubkey", "this is a public key; give the .privkey"}}) {
-        ExpectFailure(Dcf("list sealed.dcf --key " + file), kBadKey, "list", needle);
-    }
-    ExpectFailure(Dcf("list sealed.dcf --key nowhere.privkey"), kIo, "list",
-                  "nowhere.privkey: No such file or directory");
+    ExpectFailure(Dcf("list sealed.dcf --key r.pubkey"), kBadKey, "list",
+                  "this is a public key; give the .privkey");
 }
 
 TEST_F(ArchiveCommandsTest, PasswordIsAskedOnTheTerminalEvenWithOutputRedirected) {
@@ -414,14 +309,11 @@ TEST_F(ArchiveCommandsTest, FilesInTheWayAreAskedAboutOnATerminal) {
     if (!CanRunOnTerminal()) {
         GTEST_SKIP() << "no script(1) to make a terminal";
     }
-    const auto inTheWay = [&] {
-        WriteAll(Path("out/d/a"), std::string("old a"));
-        WriteAll(Path("out/d/b"), std::string("old b"));
-    };
-    const std::string extract = "extract archive.dcf -C out --overwrite ask" + WithPassword();
+    WriteAll(Path("out/d/a"), std::string("old a"));
+    WriteAll(Path("out/d/b"), std::string("old b"));
     // "x" is no answer and is asked again; "n" keeps a, "y" replaces b.
-    inTheWay();
-    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), extract,
+    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(),
+                               "extract archive.dcf -C out --overwrite ask" + WithPassword(),
                                {{"Replace it", "x"}, {"Replace it", "n"}, {"Replace it", "Y"}}),
               0)
         << ReadAll(Path("transcript"));
@@ -429,19 +321,6 @@ TEST_F(ArchiveCommandsTest, FilesInTheWayAreAskedAboutOnATerminal) {
               std::string::npos);
     EXPECT_EQ(ReadAll(Path("out/d/a")), "old a");
     EXPECT_EQ(ReadAll(Path("out/d/b")), std::string(20, 'b'));
-
-    // "a" replaces this file and every later one without asking.
-    inTheWay();
-    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), extract, {{"Replace it", "a"}}), 0);
-    ExpectExtracted(Path("out"));
-    const std::string transcript = ReadAll(Path("transcript"));
-    EXPECT_EQ(transcript.find("Replace it"), transcript.rfind("Replace it")) << transcript;
-
-    // "q" stops at once: the files stay as they were.
-    inTheWay();
-    EXPECT_EQ(RunDcfOnTerminal(folder_.Native(), extract, {{"Replace it", "q"}}), kCancelled);
-    EXPECT_EQ(ReadAll(Path("out/d/a")), "old a");
-    EXPECT_EQ(ReadAll(Path("out/d/b")), "old b");
 }
 
 }  // namespace

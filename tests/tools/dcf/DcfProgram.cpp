@@ -115,9 +115,6 @@ int RunDcfOnTerminal(const fs::path& folder, const std::string& arguments,
     for (const Exchange& exchange : exchanges) {
         run +=
             "wait_for '" + exchange.prompt + "' " + std::to_string(++shown[exchange.prompt]) + "\n";
-        if (exchange.pauseSeconds > 0) {
-            run += "sleep " + std::to_string(exchange.pauseSeconds) + "\n";
-        }
         run += "printf '%s\\n' '" + exchange.line + "' >&3\n";
     }
     run += "exec 3>&-\nwait\n";

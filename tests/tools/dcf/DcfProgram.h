@@ -51,11 +51,10 @@ bool WaitForTemporaryFile(const fs::path& folder, std::uintmax_t bytes);
 void ExpectFailure(const Outcome& outcome, int code, const std::string& command,
                    const std::string& needle);
 
-// A prompt to wait for, the line typed once it shows, and how long to wait before typing it.
+// A prompt to wait for and the line typed once it shows.
 struct Exchange {
     std::string prompt;
     std::string line;
-    double pauseSeconds = 0;
 };
 
 // Whether script(1) and mkfifo are there to make a pseudo-terminal.

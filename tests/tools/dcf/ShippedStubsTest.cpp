@@ -1,9 +1,6 @@
 // The stubs dcf finds by itself: a copy of dcf in an installed layout and in a build tree's,
 // with stand-in stubs whose digests are published SHA-256 test vectors.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <string>
@@ -53,41 +50,6 @@ protected:
     tests::TestFolder folder_;
 };
 
-TEST_F(ShippedStubsTest, InstalledDcfTakesTheWindowsStubByDefaultAndKnowsItsDigests) {
-    const fs::path dcf = InstallDcf("usr/bin/dcf");
-    PlaceStubs("usr/lib/dcf/stubs");
-    const Outcome version = Run(dcf, "--version");
-    EXPECT_EQ(version.code, 0);
-    EXPECT_THAT(version.out, testing::MatchesRegex("dcf [0-9]+\\.[0-9]+\\.[0-9]+\n"));
-
-    ASSERT_EQ(Run(dcf, "create parcel data/notes --sfx --password-file password -q").code, 0);
-    EXPECT_EQ(ReadAll(Path("parcel.exe")).substr(0, kWindowsStub.size()), kWindowsStub);
-    const Outcome info = Run(dcf, "info parcel.exe");
-    ASSERT_EQ(info.code, 0) << info.err;
-    EXPECT_NE(info.out.find("Stub SHA-256:  " + kWindowsDigest), std::string::npos) << info.out;
-    EXPECT_NE(info.out.find("the windows stub shipped with this dcf"), std::string::npos);
-
-    // Linux: no ".exe", and the digest of a two-block stub.
-    ASSERT_EQ(
-        Run(dcf, "create tux data/notes --sfx --stub-for linux --password-file password -q").code,
-        0);
-    const auto tux = nlohmann::json::parse(Run(dcf, "info --json tux").out);
-    EXPECT_EQ(tux["stubSha256"], kLinuxDigest);
-    EXPECT_EQ(tux["shippedStub"], "linux");
-    EXPECT_EQ(tux["imageOffset"], kLinuxStub.size());
-
-    // A stub of one's own is told apart; a plain archive has none.
-    WriteAll(Path("own"), "MZ" + kWindowsStub);
-    ASSERT_EQ(Run(dcf, "create own data/notes --sfx --stub own --password-file password -q").code,
-              0);
-    const auto own = nlohmann::json::parse(Run(dcf, "info --json own.exe").out);
-    EXPECT_EQ(own["shippedStub"], nullptr);
-    EXPECT_EQ(own["stubSha256"].get<std::string>().size(), 64u);
-    EXPECT_NE(Run(dcf, "info own.exe").out.find("not one of the stubs shipped"), std::string::npos);
-    ASSERT_EQ(Run(dcf, "create plain data/notes --password-file password -q").code, 0);
-    EXPECT_EQ(nlohmann::json::parse(Run(dcf, "info --json plain.dcf").out)["stubSha256"], nullptr);
-}
-
 TEST_F(ShippedStubsTest, BuildTreeDcfFindsStubsBesideItAndNamesTheOneMissing) {
     const fs::path dcf = InstallDcf("build/tools/dcf/dcf");
     PlaceStubs("build/tools/dcf/stubs");
@@ -105,16 +67,6 @@ TEST_F(ShippedStubsTest, BuildTreeDcfFindsStubsBesideItAndNamesTheOneMissing) {
         << missing.err;
     EXPECT_NE(missing.err.find("DCF_WINDOWS_STUBS=ON"), std::string::npos);
     EXPECT_FALSE(fs::exists(Path("x64.exe")));
-
-    // The options of the stub belong to --sfx and exclude each other.
-    EXPECT_EQ(Run(dcf, "create a data/notes --stub-for linux --password-file password").code,
-              kUsage);
-    EXPECT_EQ(Run(dcf, "create a data/notes --sfx --stub-for mac --password-file password").code,
-              kUsage);
-    EXPECT_EQ(
-        Run(dcf, "create a data/notes --sfx --stub own --stub-for linux --password-file password")
-            .code,
-        kUsage);
 }
 
 }  // namespace
